@@ -1,0 +1,123 @@
+#pragma once
+// The component the host places on its form: lifecycle, properties, the
+// register of models on its own surface, and the relay towards the host.
+#include <QComboBox>
+#include <QDateTime>
+#include <QFrame>
+#include <QIcon>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QTimer>
+#include <QWidget>
+
+#include "Database.h"
+#include "ListView.h"
+#include "OCPrestKTClass.h"
+
+namespace prestkt {
+
+class OCPrestKT : public QWidget {
+  Q_OBJECT
+  Q_PROPERTY(QDateTime DtIni READ DtIni WRITE SetDtIni)
+  Q_PROPERTY(QDateTime DTEnd READ DTEnd WRITE SetDTEnd)
+  Q_PROPERTY(int Status READ Status WRITE SetStatus)
+  Q_PROPERTY(int TAnag READ TAnag WRITE SetTAnag)
+  Q_PROPERTY(int CAnag READ CAnag WRITE SetCAnag)
+  Q_PROPERTY(int CProject READ CProject WRITE SetCProject)
+  Q_PROPERTY(bool MagnifyScreen READ MagnifyScreen WRITE SetMagnifyScreen)
+
+ public:
+  explicit OCPrestKT(QWidget* parent = nullptr);
+  ~OCPrestKT() override;
+
+  // Properties.
+  OCPrestKTClassPtr OcxEventS() const { return ocxEventS_; }
+  void SetOcxEventS(OCPrestKTClassPtr relay);
+  QDateTime DtIni() const;
+  void SetDtIni(const QDateTime& v);
+  QDateTime DTEnd() const;
+  void SetDTEnd(const QDateTime& v);
+  int Status() const;
+  void SetStatus(int v);
+  void SetOnlyInput(bool v);
+  void SetOnlyPrest(bool v);
+  int TAnag() const;
+  void SetTAnag(int v);
+  int CAnag() const;
+  void SetCAnag(int v);
+  QIcon Icon() const;
+  int CProject() const;
+  void SetCProject(int v);
+  bool MagnifyScreen() const;
+  void SetMagnifyScreen(bool v);
+  WId hWnd() { return winId(); }
+
+  // Methods.
+  void Initialize();
+  void DBConn(const DatabasePtr& db, int vCurUtente, const QIcon& vIcona, const QString& vPathDocs,
+              int initialTAnag = 0, bool chronoMode = false);
+  void Elimina();
+
+  // The register.
+  void CaricaList();
+  bool CanClose(int& cProject);
+  void mnuSel_Click();
+  void mnuDeSel_Click();
+  void mnuClose_Click();
+  void mnuReOpen_Click();
+  bool Loading() const { return gLoading_; }
+
+ signals:
+  // The container is told of every property set, by the property's name.
+  void PropertyChanged(const QString& name);
+  // Events towards the host.
+  void CallShowAnag();
+  void CallShowTipol(QVariant& vCTipoPrj);
+  void CallShowAnagMod();
+  void CallShowAnagDoc(QString& tipo);
+  void CallShowTipolDisp(QVariant& vCTipoDispPrj);
+  void GetDataFromProjects(RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int& vRigaD, int& vMode);
+  void GetDataForFattDiff(double& vImporto);
+  void GetPZVend(double& pzVend);  // declared for the host; never raised
+  void ClosePrg();
+  void Chrono(QString& objName, QString& procName, QString& stepName);  // never raised
+  void EndChrono(QString& objName, QString& procName);                  // never raised
+
+ protected:
+  void resizeEvent(QResizeEvent* e) override;
+
+ private:
+  void BuildSurface();
+  void ImpostaColonne();
+  void AdattaColonne();
+  void ImpostaFontGrandi();
+  void ConnectRelay();
+  void ColumnClick(int column);
+  void ReloadDataInCtrl(int& cProject);
+
+  QFrame* Frame1;
+  QFrame* Frame2;
+  QLabel* Label4;
+  QLabel* Label6;
+  QLabel* Label3;
+  QComboBox* CBTAnag;
+  QComboBox* CBCAnag;
+  QPushButton* Command1;
+  QComboBox* CBTipoPrj;
+  QLineEdit* TBFind;
+  ListView* ListView1;
+  QTimer* Timer1;
+  QMenu* mnuTD;
+  QAction* mnuSel;
+  QAction* mnuDeSel;
+  QAction* mnuSpc;
+  QAction* mnuClose;
+  QAction* mnuReOpen;
+
+  bool gLoading_ = false;
+  OCPrestKTClassPtr ocxEventS_;
+};
+
+}  // namespace prestkt

@@ -1,0 +1,112 @@
+#pragma once
+// The database the host hands to the component. It wraps the Qt connection,
+// knows its engine, the folder that stands for the database's own folder, and
+// the keys of the schema; every statement of the component goes through it, so
+// that this one place adapts the system's SQL text to the engine.
+#include <QSqlDatabase>
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+#include <memory>
+
+#include "Recordset.h"
+
+namespace prestkt {
+
+// Field types of the database, numbered as the old data access objects number them.
+enum DaoType {
+  dbBoolean = 1,
+  dbByte = 2,
+  dbInteger = 3,
+  dbLong = 4,
+  dbCurrency = 5,
+  dbSingle = 6,
+  dbDouble = 7,
+  dbDate = 8,
+  dbText = 10,
+  dbMemo = 12,
+  dbChar = 18,
+  dbNumeric = 19,
+  dbDecimal = 20,
+};
+
+enum RecordsetKind { dbOpenDynaset = 2, dbOpenSnapshot = 4 };
+inline constexpr int dbFailOnError = 128;
+
+// SQL text with the values bound to its "?" marks. A text the user typed goes
+// in as a bound value (TestoSql), never into the text itself.
+class Sql {
+ public:
+  Sql() = default;
+  Sql(const QString& text) : text_(text) {}  // NOLINT: texts join freely with Sql
+  Sql(const char* text) : text_(QString::fromUtf8(text)) {}  // NOLINT
+  static Sql Param(const QVariant& value);
+
+  const QString& Text() const { return text_; }
+  const QVariantList& Params() const { return params_; }
+  bool IsEmpty() const { return text_.isEmpty(); }
+  QString Literal() const;  // the text with its values written in, for logs and tests
+
+  Sql& operator+=(const Sql& other);
+
+ private:
+  QString text_;
+  QVariantList params_;
+};
+Sql operator+(Sql a, const Sql& b);
+
+enum class Engine { SQLite, PostgreSQL };
+
+class Database {
+ public:
+  // Opens (and creates when missing) a SQLite database file.
+  static std::shared_ptr<Database> OpenSQLite(const QString& file);
+  ~Database();
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+
+  Engine engine() const { return engine_; }
+  QString Name() const { return name_; }      // full name of the database file
+  QString PathDB() const { return pathDB_; }  // its folder, ending with a separator
+  QSqlDatabase Connection() const;
+
+  // A query's result: the fields with their types and the rows.
+  struct Result {
+    std::vector<FieldDef> fields;
+    std::vector<Row> rows;
+  };
+  // Both raise VbError with the engine's message on failure.
+  Result Select(const Sql& sql);
+  int Execute(const Sql& sql);  // rows changed
+
+  // Transactions nest: only the outermost commit reaches the engine.
+  void BeginTrans();
+  void CommitTrans();
+  void Rollback();
+  int TransactionDepth() const { return transDepth_; }
+
+  QStringList TableNames() const;  // tables and views
+  bool TableExists(const QString& name) const;
+  QStringList KeyOf(const QString& table) const;  // primary key fields, from the schema
+
+  // The system's SQL (bracketed names, "texts", #dates#, DELETE *, Date(), Like
+  // with *) turned into the engine's.
+  QString Adapt(const QString& sql) const;
+  // A date literal of the engine, as DataSql writes it.
+  QString DateLiteral(const QDateTime& d) const;
+
+ private:
+  Database() = default;
+  void InstallFunctions();
+
+  Engine engine_ = Engine::SQLite;
+  QString connectionName_;
+  QString name_;
+  QString pathDB_;
+  void* handle_ = nullptr;  // the engine's native handle
+  int transDepth_ = 0;
+};
+
+using DatabasePtr = std::shared_ptr<Database>;
+
+}  // namespace prestkt

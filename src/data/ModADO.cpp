@@ -1,0 +1,193 @@
+#include "ModADO.h"
+
+#include <QFile>
+
+#include "ModPrestKT.h"
+#include "Schema.h"
+
+namespace prestkt {
+
+namespace {
+
+const QString kModulo = QStringLiteral("ModADO");
+
+QString Quote(const QString& n) { return QLatin1Char('"') + n + QLatin1Char('"'); }
+
+// The table column that stores an in-memory field. Texts up to 255 characters
+// stay texts; longer ones become memos.
+bool ColumnOfField(const FieldDef& f, ColumnDef* c) {
+  c->name = f.Name;
+  c->nullable = true;
+  switch (f.Type) {
+    case adBoolean: c->type = dbBoolean; return true;
+    case adTinyInt:
+    case adUnsignedTinyInt: c->type = dbByte; return true;
+    case adSmallInt: c->type = dbInteger; return true;
+    case adInteger:
+    case adBigInt: c->type = dbLong; return true;
+    case adSingle: c->type = dbSingle; return true;
+    case adCurrency:
+    case adDouble:
+    case adNumeric:
+    case adDecimal: c->type = dbDouble; return true;
+    case adDate: c->type = dbDate; return true;
+    case adChar:
+    case adWChar:
+    case adVarChar:
+    case adVarWChar:
+    case adLongVarChar:
+    case adLongVarWChar:
+      if (f.DefinedSize > 0 && f.DefinedSize <= 255) {
+        c->type = dbText;
+        c->size = f.DefinedSize;
+      } else {
+        c->type = dbMemo;
+      }
+      return true;
+    default: return false;
+  }
+}
+
+QString SqliteColumnType(const ColumnDef& c) {
+  switch (c.type) {
+    case dbBoolean: return QStringLiteral("YESNO");
+    case dbByte: return QStringLiteral("TINYINT");
+    case dbInteger: return QStringLiteral("SMALLINT");
+    case dbLong: return QStringLiteral("INTEGER");
+    case dbSingle: return QStringLiteral("FLOAT");
+    case dbDouble: return QStringLiteral("DOUBLE");
+    case dbDate: return QStringLiteral("DATETIME");
+    case dbMemo: return QStringLiteral("LONGTEXT COLLATE NOCASE");
+    default: return QStringLiteral("VARCHAR(%1) COLLATE NOCASE").arg(c.size);
+  }
+}
+
+}  // namespace
+
+void ADO2ADO(const RecordsetPtr& rsFrom, RecordsetPtr& rsTo, bool tutti, bool aggiungi, const QVariant& filtro,
+             bool sostituisci, const Progress& progress) {
+  Guard g(kModulo, QStringLiteral("ADO2ADO"));
+  const QString f = IsNull(filtro) ? QString() : filtro.toString();
+  if (progress) progress(0, 100);
+  if (!aggiungi) {
+    g([&] {
+      auto out = Recordset::Create();
+      for (const FieldDef& d : rsFrom->FieldDefs()) out->Append(d.Name, d.Type, d.DefinedSize, d.Attributes);
+      out->Open();
+      rsTo = std::move(out);
+    });
+  }
+  QString filtroOrigine;
+  g([&] { filtroOrigine = rsFrom->Filter(); });
+  if (tutti) {
+    g([&] { rsFrom->SetFilter(f); });
+  } else {
+    g([&] { rsFrom->SetFilter(f); });
+  }
+  if (sostituisci) {
+    g([&] {
+      rsTo->SetFilter(f);
+      while (!rsTo->Eof()) {
+        rsTo->Delete();
+        rsTo->MoveNext();
+      }
+      rsTo->SetFilter(QString());
+    });
+  }
+  g([&] {
+    const int count = rsFrom->RecordCount();
+    const int n = rsFrom->FieldCount();
+    std::vector<int> target(n);
+    for (int i = 0; i < n; ++i) target[i] = rsTo->FieldIndex(rsFrom->FieldInfo(i).Name);
+    for (rsFrom->MoveFirst(); !rsFrom->Eof(); rsFrom->MoveNext()) {
+      if (progress && count > 0) progress(rsFrom->AbsolutePosition() * 100 / count, 100);
+      rsTo->AddNew();
+      for (int i = 0; i < n; ++i)
+        if (target[i] >= 0) rsTo->SetValue(target[i], rsFrom->Value(i));
+      rsTo->Update();
+    }
+  });
+  g([&] { rsFrom->SetFilter(filtroOrigine); });
+}
+
+bool ADO2DAO(const RecordsetPtr& rs, const QString& nomeTabella, bool copiaDati, const QStringList& chiavi,
+             const QStringList& indici) {
+  Guard g(kModulo, QStringLiteral("ADO2DAO"));
+  Database* db = nullptr;
+  g([&] {
+    if (!gDB) Raise(err::ObjectNotSet);
+    db = gDB.get();
+  });
+  if (!TabellaEsiste(nomeTabella)) {
+    QStringList cols;
+    g([&] {
+      for (const FieldDef& f : rs->FieldDefs()) {
+        ColumnDef c;
+        if (!ColumnOfField(f, &c)) {
+          MsgBox(QStringLiteral("ADO2DAO: Caso non previsto!"), vbOKOnly);
+          continue;
+        }
+        cols << Quote(c.name) + QLatin1Char(' ') + SqliteColumnType(c);
+      }
+      if (!chiavi.isEmpty()) {
+        QStringList k;
+        for (const QString& c : chiavi) k << Quote(c);
+        cols << QStringLiteral("CONSTRAINT \"PRIMARYKEY\" PRIMARY KEY (%1)").arg(k.join(QStringLiteral(", ")));
+      }
+    });
+    const bool creata = g([&] {
+      db->Execute(Sql(QStringLiteral("CREATE TABLE %1 (%2)").arg(Quote(nomeTabella), cols.join(QStringLiteral(", ")))));
+      for (const QString& i : indici)
+        db->Execute(Sql(QStringLiteral("CREATE INDEX %1 ON %2 (%3)")
+                            .arg(Quote(nomeTabella + QLatin1Char('_') + i), Quote(nomeTabella), Quote(i))));
+    });
+    if (!creata) MsgBox(QStringLiteral("Impossibile completare il task."), vbOKOnly);
+  }
+  if (!copiaDati) return true;
+  RecordsetPtr dao;
+  g([&] { ApriRecordset(dao, QStringLiteral("SELECT * FROM ") + nomeTabella + QStringLiteral(" "), db, dbOpenDynaset); });
+  g([&] { rs->SetFilter(QString()); });
+  Guard riga(kModulo, QStringLiteral("ADO2DAO"));
+  g([&] {
+    const int n = rs->FieldCount();
+    for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
+      // One transaction per row: a failing row is logged and the walk goes on.
+      riga([&] {
+        BeginTrans(db);
+        dao->AddNew();
+        for (int i = 0; i < n && i < dao->FieldCount(); ++i) dao->SetValue(i, rs->Value(i));
+        dao->Update();
+        CommitTrans(db);
+      });
+      if (db->TransactionDepth() > 0) riga([&] { CommitTrans(db); });
+    }
+  });
+  return true;
+}
+
+bool ScriviXML(const RecordsetPtr& rs, const QString& path, bool togliFiltro, bool binario) {
+  if (!rs) return false;
+  QString filtro;
+  try {
+    if (togliFiltro) {
+      filtro = rs->Filter();
+      rs->SetFilter(QString());
+    }
+  } catch (...) {
+  }
+  try {
+    if (QFile::exists(path)) QFile::remove(path);
+  } catch (...) {
+  }
+  try {
+    rs->Save(path, binario ? adPersistADTG : adPersistXML);
+  } catch (...) {
+  }
+  try {
+    if (togliFiltro) rs->SetFilter(filtro == QLatin1String("0") ? QString() : filtro);
+  } catch (...) {
+  }
+  return true;
+}
+
+}  // namespace prestkt

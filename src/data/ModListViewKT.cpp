@@ -1,0 +1,89 @@
+#include "ModListViewKT.h"
+
+#include <QScrollBar>
+
+#include "Guard.h"
+
+namespace prestkt {
+
+namespace {
+const QString kModulo = QStringLiteral("ModListViewKT");
+constexpr int kTwipsPerPixel = 15;
+}  // namespace
+
+void ListViewReport(ListView* lista, bool spunte, const QList<QIcon>& icone, double scala) {
+  Guard g(kModulo, QStringLiteral("ListViewReport"));
+  g([&] { lista->ClearItems(); });
+  g([&] {
+    if (scala != 1) {
+      QFont f(QStringLiteral("Verdana"));
+      f.setPointSizeF(lista->font().pointSizeF() * scala);
+      lista->setFont(f);
+    }
+  });
+  g([&] {
+    lista->SetCheckboxes(spunte);
+    lista->SetFullRowSelect(true);
+    lista->SetGridLines(true);
+    lista->SetHideSelection(false);
+    lista->SetIcons(icone);
+  });
+}
+
+void ListViewSetColumns(ListView* lista, const QStringList& titoli, const std::vector<int>& larghezze,
+                        const std::vector<int>& allineamenti) {
+  lista->ClearColumns();
+  for (int i = 0; i < titoli.size(); ++i)
+    lista->AddColumn(QStringLiteral("a%1").arg(i, 5, 10, QLatin1Char('0')), titoli.at(i),
+                     i < static_cast<int>(larghezze.size()) ? larghezze[i] : 1440,
+                     i < static_cast<int>(allineamenti.size()) ? allineamenti[i] : lvwColumnLeft);
+}
+
+void ResizeList(ListView* lista, int colonna, int colonnaB, double percA, double percB) {
+  Guard g(kModulo, QStringLiteral("ResizeList"));
+  g([&] {
+    if (!lista || colonna > lista->ColumnCount()) return;
+    int somma = 0;
+    for (int c = 1; c <= lista->ColumnCount(); ++c)
+      if (c != colonna && c != colonnaB) somma += lista->ColumnWidth(c - 1);
+    // 360 twips are the room of the scroll bar.
+    const int w = lista->width() * kTwipsPerPixel - somma - 360;
+    if (colonnaB > 0) {
+      const double base = percA + percB;
+      lista->SetColumnWidth(colonna - 1, static_cast<int>(w * percA / base));
+      lista->SetColumnWidth(colonnaB - 1, static_cast<int>(w * percB / base));
+    } else {
+      lista->SetColumnWidth(colonna - 1, w);
+    }
+  });
+}
+
+void FindInList(ListView* lista, const QString& chiave) {
+  Guard g(kModulo, QStringLiteral("FindInList"));
+  g([&] {
+    const int row = lista->Row(chiave);
+    lista->SetSelected(row);
+    // The last line first, then the found one: it stands at the top of the view.
+    if (lista->Count() > 0) lista->EnsureVisible(lista->Count() - 1);
+    lista->scrollTo(lista->Model()->index(row, 0), QAbstractItemView::PositionAtTop);
+    if (lista->isVisible() && lista->isEnabled()) lista->setFocus();
+  });
+}
+
+int ListViewAddLine(ListView* lista, const QStringList& valori, const QString& chiave, int icona,
+                    const QColor& colore, bool grassetto, bool spuntata) {
+  Guard g(kModulo, QStringLiteral("ListViewAddLine"));
+  int row = -1;
+  g([&] {
+    row = lista->AddItem(chiave, valori.value(0), icona);
+    // One blank keeps a cell from taking the formatting of the line before.
+    for (int i = 1; i < valori.size(); ++i)
+      lista->SetSubItem(row, i, valori.at(i).isEmpty() ? QStringLiteral(" ") : valori.at(i));
+    if (colore.isValid()) lista->SetItemColor(row, colore);
+    if (grassetto) lista->SetItemBold(row, true);
+    if (spuntata) lista->SetChecked(row, true);
+  });
+  return row;
+}
+
+}  // namespace prestkt

@@ -1,0 +1,31 @@
+#pragma once
+// The only way screens fill their lists: columns from parallel arrays, lines
+// from a string array and a key.
+#include <QColor>
+#include <QIcon>
+#include <QList>
+#include <QStringList>
+#include <vector>
+
+#include "ListView.h"
+
+namespace prestkt {
+
+// Prepares a list: clears it, sets check boxes, full-row selection, grid lines
+// and the icons (none when the list is empty). scala other than 1: Verdana.
+void ListViewReport(ListView* lista, bool spunte, const QList<QIcon>& icone = {}, double scala = 1);
+// One column per title, with the width (twips) and alignment of the same index,
+// keyed "a00000", "a00001", ...
+void ListViewSetColumns(ListView* lista, const QStringList& titoli, const std::vector<int>& larghezze,
+                        const std::vector<int>& allineamenti);
+// Gives column colonna (1-based) all the width that is left; with colonnaB the
+// two share it in percA and percB.
+void ResizeList(ListView* lista, int colonna, int colonnaB = 0, double percA = 0, double percB = 0);
+// Selects the line with the key and brings it to the top of the view.
+void FindInList(ListView* lista, const QString& chiave);
+// Adds a line: valori[0] the item's text, valori[i] the sub-item i. An empty
+// value shows as one blank.
+int ListViewAddLine(ListView* lista, const QStringList& valori, const QString& chiave, int icona = -1,
+                    const QColor& colore = {}, bool grassetto = false, bool spuntata = false);
+
+}  // namespace prestkt

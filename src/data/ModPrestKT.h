@@ -1,0 +1,74 @@
+#pragma once
+// The component's global state and the module ModPrestKT: the loaders of the
+// register and of the working recordsets of a model, and the lookups by key.
+// Each global has one writer, named beside it; everyone else only reads.
+#include <QDateTime>
+#include <QIcon>
+#include <QString>
+
+#include "Database.h"
+#include "Recordset.h"
+
+namespace prestkt {
+
+inline DatabasePtr gDB;           // DBConn
+inline int gCurUtente = 0;        // DBConn
+inline QString gPathDB;           // DBConn: folder of the database, with its closing separator
+inline QString gNomeDB;           // DBConn: full name of the database file
+inline QIcon gIcona;              // DBConn; released when the control ends
+inline QString gPathDocs;         // DBConn: root of the models' documents
+inline QString gPathLogo;         // DBConn
+inline QString gPathTemp;         // Initialize
+inline int gMagnify = 0;          // DBConn: 16 normal, above 16 the large layout
+inline bool gMagnifyScreen = false;  // property MagnifyScreen
+inline int gCProject = 0;         // property CProject, Elimina, Aggiungi, Modifica
+inline QDateTime gDtIni;          // property DtIni (invalid = 0)
+inline QDateTime gDTEnd;          // property DTEnd (invalid = 0)
+inline int gStatus = 0;           // property Status
+inline int gTAnag = 0;            // property TAnag, combo CBTAnag
+inline int gCAnag = 0;            // property CAnag, combo CBCAnag
+inline bool gOnlyInput = false;   // property OnlyInput
+inline bool gOnlyPrest = false;   // property OnlyPrest
+inline RecordsetPtr gRcsProjects;  // CaricaModelli, AggiornaModello
+// CaricaDatiModello
+inline RecordsetPtr gRcsDisp, gRcsDispDett, gRcsProd, gRcsAct, gRcsLavExt, gRcsForn;
+inline int gLeftForm = 0, gTopForm = 0;  // every public method that opens a screen (twips)
+
+// Loads gRcsProjects for gDtIni..gDTEnd and gStatus. Nothing happens while
+// gDTEnd is 0 or gDB is missing.
+void CaricaModelli(const QDateTime& dtIni, const QDateTime& dtEnd, int stato);
+// Refreshes one model in gRcsProjects after its card saved it.
+void AggiornaModello(int cProject, RecordsetPtr& rs);
+
+// Lookups by key; the not-found default when there is no row or the query fails.
+QString DescrAnag(int tAnag, int cAnag);
+QString DescrTipoPrj(int cPrjTipo);
+QString DescrTipoDisp(int cPrjDispTipo);
+QString DescrPrest(int cPrestazione);
+double CostoOraOperatore(int cAnag);
+bool AvvisaDispChiusa(int cProject, int cDisp);
+
+// The tariff of a kind of work for a customer.
+struct tyDatiDisp {
+  double vMin = 0;
+  double vMax = 0;
+  double vTarH = 0;
+  bool vForfait = false;
+};
+tyDatiDisp GetDatiDisp(int tAnag, int cAnag, int cPrjTipo, int cPrjDispTipo);
+
+// The working recordsets of a model, into the given dest (the globals by default).
+struct DatiModello {
+  RecordsetPtr* Disp = &gRcsDisp;
+  RecordsetPtr* DispDett = &gRcsDispDett;
+  RecordsetPtr* Prod = &gRcsProd;
+  RecordsetPtr* Act = &gRcsAct;
+  RecordsetPtr* LavExt = &gRcsLavExt;
+  RecordsetPtr* Forn = &gRcsForn;
+};
+void CaricaDatiModello(int cProject, const DatiModello& dest = {});
+void CaricaAttivita(RecordsetPtr& rs, int cProject, int cDisp, int cAttivita, bool aggiorna);
+void CaricaLavEsterne(RecordsetPtr& rs, int cProject, int cDisp);
+void CaricaForniture(RecordsetPtr& rs, const RecordsetPtr& rsLavExt);
+
+}  // namespace prestkt

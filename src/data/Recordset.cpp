@@ -1,0 +1,597 @@
+// The disconnected recordset.
+//
+// The rows live in a Store shared by the recordset and its clones. A row is
+// never moved inside the store: it is appended at the end and, when deleted,
+// only marked (and emptied). Each recordset keeps its own view: the store
+// indices of the rows that passed its filter, in its sort order, and a
+// position in that view. A view catches up with rows added or deleted through
+// other recordsets lazily (Sync), from the count of rows it has seen and the
+// store's log of deletions. Deleted rows stay in a view as dead entries, so
+// that a cursor on a deleted row still knows which row followed it; they are
+// swept out once they become a large part of the view.
+#include "Recordset.h"
+
+#include <cmath>
+#include <limits>
+
+#include "RecordsetFilter.h"
+
+namespace prestkt {
+
+using detail::FieldKind;
+
+namespace {
+
+constexpr int kBof = -1;
+constexpr int kEof = -2;
+
+[[noreturn]] void DoesNotFit(const FieldDef& f) {
+  Raise(err::MultipleStep,
+        QStringLiteral("Multiple-step operation generated errors. Check each status value. (%1)")
+            .arg(f.Name));
+}
+
+qint64 ToInteger(const QVariant& v, qint64 lo, qint64 hi) {
+  switch (v.typeId()) {
+    case QMetaType::Int:
+    case QMetaType::LongLong:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::UInt:
+    case QMetaType::Char:
+    case QMetaType::SChar:
+    case QMetaType::UChar: {
+      const qint64 n = v.toLongLong();
+      if (n < lo || n > hi) Raise(err::Overflow);
+      return n;
+    }
+    default: break;
+  }
+  // Halves go to the even neighbour, as the conversions of the platform do.
+  const double d = std::nearbyint(CDbl(v));
+  if (!std::isfinite(d) || d < static_cast<double>(lo) || d > static_cast<double>(hi))
+    Raise(err::Overflow);
+  if (d >= 9223372036854775807.0) return std::numeric_limits<qint64>::max();
+  return static_cast<qint64>(d);
+}
+
+// The value v as the field holds it; raises -2147217887 when it does not fit.
+QVariant ToField(const FieldDef& f, const QVariant& v) {
+  if (IsNull(v)) {
+    if (!f.Nullable()) DoesNotFit(f);
+    return QVariant();
+  }
+  try {
+    switch (detail::KindOf(f.Type)) {
+      case FieldKind::Int8: return static_cast<int>(ToInteger(v, -128, 127));
+      case FieldKind::UInt8: return static_cast<int>(ToInteger(v, 0, 255));
+      case FieldKind::Int16: return static_cast<int>(ToInteger(v, -32768, 32767));
+      case FieldKind::Int32:
+        return static_cast<int>(ToInteger(v, std::numeric_limits<qint32>::min(),
+                                          std::numeric_limits<qint32>::max()));
+      case FieldKind::Int64:
+        return static_cast<qlonglong>(ToInteger(v, std::numeric_limits<qint64>::min(),
+                                                std::numeric_limits<qint64>::max()));
+      case FieldKind::Real: {
+        const double d = CDbl(v);
+        if (f.Type == adSingle && std::fabs(d) > std::numeric_limits<float>::max()) DoesNotFit(f);
+        return d;
+      }
+      case FieldKind::Currency: {
+        const double d = CDbl(v);
+        if (std::fabs(d) > 922337203685477.0) DoesNotFit(f);
+        return Round(d, 4);
+      }
+      case FieldKind::Date: {
+        const QDateTime d = CDate(v);
+        if (!d.isValid()) DoesNotFit(f);
+        return d;
+      }
+      case FieldKind::Bool: return CBool(v);
+      case FieldKind::Text: {
+        QString s = v.typeId() == QMetaType::QString ? v.toString() : CStr(v);
+        const int limit = detail::TextLimit(f);
+        if (limit > 0 && s.size() > limit) DoesNotFit(f);
+        return s;
+      }
+      case FieldKind::Variant: return v;
+    }
+  } catch (const VbError& e) {
+    if (e.Number() == err::MultipleStep) throw;
+    DoesNotFit(f);
+  }
+  return v;
+}
+
+bool SameValue(const QVariant& a, const QVariant& b) {
+  if (a.isValid() != b.isValid()) return false;
+  if (!a.isValid()) return true;
+  return a.typeId() == b.typeId() && a == b;
+}
+
+bool SameRow(const Row& a, const Row& b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i)
+    if (!SameValue(a[i], b[i])) return false;
+  return true;
+}
+
+}  // namespace
+
+struct Recordset::Store {
+  std::vector<FieldDef> fields;
+  std::vector<Row> rows;
+  std::vector<char> deleted;
+  std::vector<int> deleteLog;  // store indices in the order they were deleted
+  std::shared_ptr<WriteCursor> cursor;
+};
+
+struct Recordset::Impl {
+  enum class Mode { None, Edit, Add };
+
+  bool open = false;
+  QString filterText;  // as set; empty when there is no filter
+  detail::FilterPtr filter;
+  QString sortText;
+  std::vector<detail::SortKey> sortKeys;
+
+  std::vector<int> view;     // store indices
+  std::vector<char> inView;  // by store index: a live row of this view
+  int dead = 0;              // deleted rows still in view
+  size_t seenRows = 0;
+  size_t seenDeletes = 0;
+  int pos = kEof;  // index into view, or kBof / kEof
+
+  Mode mode = Mode::None;
+  Row buffer;
+  int savedPos = kEof;  // where AddNew was called
+
+  int LiveCount() const { return static_cast<int>(view.size()) - dead; }
+
+  bool Passes(const Store& s, size_t id) const {
+    return !s.deleted[id] && (!filter || filter->Match(s.rows[id]));
+  }
+
+  void Rebuild(const Store& s) {
+    view.clear();
+    inView.assign(s.rows.size(), 0);
+    for (size_t i = 0; i < s.rows.size(); ++i) {
+      if (Passes(s, i)) {
+        view.push_back(static_cast<int>(i));
+        inView[i] = 1;
+      }
+    }
+    detail::SortRows(view, s.rows, sortKeys);
+    dead = 0;
+    seenRows = s.rows.size();
+    seenDeletes = s.deleteLog.size();
+    pos = view.empty() ? kEof : 0;
+  }
+
+  void Sync(const Store& s) {
+    if (seenRows < s.rows.size()) {
+      inView.resize(s.rows.size(), 0);
+      for (size_t i = seenRows; i < s.rows.size(); ++i) {
+        if (Passes(s, i)) {
+          view.push_back(static_cast<int>(i));
+          inView[i] = 1;
+        }
+      }
+      seenRows = s.rows.size();
+    }
+    while (seenDeletes < s.deleteLog.size()) {
+      const int id = s.deleteLog[seenDeletes++];
+      if (static_cast<size_t>(id) < inView.size() && inView[id]) {
+        inView[id] = 0;
+        ++dead;
+      }
+    }
+    if (dead > 64 && static_cast<size_t>(dead) * 2 > view.size() && mode != Mode::Add) Compact(s);
+  }
+
+  // Drops the dead entries, keeping the one under the cursor.
+  void Compact(const Store& s) {
+    std::vector<int> kept;
+    kept.reserve(view.size() - dead);
+    int newPos = pos;
+    int stillDead = 0;
+    for (size_t k = 0; k < view.size(); ++k) {
+      const bool here = static_cast<int>(k) == pos;
+      if (here) newPos = static_cast<int>(kept.size());
+      if (!s.deleted[view[k]]) {
+        kept.push_back(view[k]);
+      } else if (here) {
+        kept.push_back(view[k]);
+        ++stillDead;
+      }
+    }
+    view.swap(kept);
+    pos = newPos;
+    dead = stillDead;
+  }
+
+  int NextLive(const Store& s, int from) const {
+    for (int k = std::max(from, 0); k < static_cast<int>(view.size()); ++k)
+      if (!s.deleted[view[k]]) return k;
+    return kEof;
+  }
+  int PrevLive(const Store& s, int from) const {
+    for (int k = std::min(from, static_cast<int>(view.size()) - 1); k >= 0; --k)
+      if (!s.deleted[view[k]]) return k;
+    return kBof;
+  }
+
+  bool OnLiveRow(const Store& s) const { return pos >= 0 && !s.deleted[view[pos]]; }
+
+  bool AtEof() const { return mode != Mode::Add && (pos == kEof || (pos == kBof && LiveCount() == 0)); }
+  bool AtBof() const { return mode != Mode::Add && (pos == kBof || (pos == kEof && LiveCount() == 0)); }
+
+  void Update(Store& s) {
+    if (mode == Mode::Add) {
+      if (s.cursor) s.cursor->Insert(s.fields, buffer);
+      Sync(s);
+      const int id = static_cast<int>(s.rows.size());
+      s.rows.push_back(std::move(buffer));
+      s.deleted.push_back(0);
+      view.push_back(id);
+      inView.resize(s.rows.size(), 0);
+      inView[id] = 1;
+      seenRows = s.rows.size();
+      pos = static_cast<int>(view.size()) - 1;
+      mode = Mode::None;
+      buffer.clear();
+    } else if (mode == Mode::Edit) {
+      if (!OnLiveRow(s)) {
+        mode = Mode::None;
+        buffer.clear();
+        Raise(err::NoCurrentRecord);
+      }
+      Row& row = s.rows[view[pos]];
+      if (!SameRow(row, buffer)) {
+        if (s.cursor) s.cursor->UpdateRow(s.fields, row, buffer);
+        row = std::move(buffer);
+      }
+      mode = Mode::None;
+      buffer.clear();
+    }
+  }
+
+  void Cancel() {
+    if (mode == Mode::Add) pos = savedPos;
+    mode = Mode::None;
+    buffer.clear();
+  }
+
+  // Before the cursor moves: a pending edit is kept in memory, dropped on a
+  // recordset of the database.
+  void LeaveEdit(Store& s) {
+    if (mode == Mode::None) return;
+    if (s.cursor) Cancel();
+    else Update(s);
+  }
+};
+
+Recordset::Recordset() : store_(std::make_shared<Store>()), d_(std::make_unique<Impl>()) {}
+Recordset::~Recordset() = default;
+
+#define PRESTKT_REQUIRE_OPEN() \
+  do {                         \
+    if (!d_->open) Raise(err::OperationNotAllowed); \
+  } while (0)
+
+// ------------------------------------------------------------------ structure
+
+void Recordset::Append(const QString& name, int type, int definedSize, int attributes) {
+  FieldDef f;
+  f.Name = name;
+  f.Type = type;
+  f.DefinedSize = definedSize;
+  f.Attributes = attributes;
+  Append(f);
+}
+
+void Recordset::Append(const FieldDef& def) {
+  if (d_->open) Raise(err::OperationNotAllowed);
+  if (def.Name.trimmed().isEmpty()) Raise(err::BadArguments);
+  if (FieldIndex(def.Name) >= 0)
+    Raise(err::BadArguments, QStringLiteral("Field '%1' already appended").arg(def.Name));
+  FieldDef f = def;
+  if (detail::KindOf(f.Type) == FieldKind::Text && f.DefinedSize <= 0 && !detail::IsLongText(f.Type))
+    f.DefinedSize = 255;
+  store_->fields.push_back(std::move(f));
+}
+
+void Recordset::Open() {
+  if (d_->open) Raise(err::OperationNotAllowed);
+  Store& s = *store_;
+  for (Row& r : s.rows) r.resize(s.fields.size());
+  d_->open = true;
+  d_->Rebuild(s);
+}
+
+bool Recordset::IsOpen() const { return d_->open; }
+
+void Recordset::Close() {
+  if (!d_->open) return;
+  store_ = std::make_shared<Store>();
+  d_ = std::make_unique<Impl>();
+}
+
+int Recordset::FieldCount() const { return static_cast<int>(store_->fields.size()); }
+
+const FieldDef& Recordset::FieldInfo(int index) const {
+  if (index < 0 || index >= FieldCount()) Raise(err::ItemNotFound);
+  return store_->fields[index];
+}
+
+int Recordset::FieldIndex(const QString& name) const {
+  const auto& fields = store_->fields;
+  for (size_t i = 0; i < fields.size(); ++i)
+    if (fields[i].Name.compare(name, Qt::CaseInsensitive) == 0) return static_cast<int>(i);
+  return -1;
+}
+
+const std::vector<FieldDef>& Recordset::FieldDefs() const { return store_->fields; }
+
+// ------------------------------------------------------------------ values
+
+QVariant Recordset::Value(const QString& name) const {
+  const int i = FieldIndex(name);
+  if (i < 0) Raise(err::ItemNotFound, QStringLiteral("Item not found in this collection: %1").arg(name));
+  return Value(i);
+}
+
+QVariant Recordset::Value(int index) const {
+  PRESTKT_REQUIRE_OPEN();
+  if (index < 0 || index >= FieldCount()) Raise(err::ItemNotFound);
+  if (d_->mode != Impl::Mode::None) return d_->buffer[index];
+  if (!d_->OnLiveRow(*store_)) Raise(err::NoCurrentRecord);
+  return store_->rows[d_->view[d_->pos]][index];
+}
+
+void Recordset::SetValue(const QString& name, const QVariant& v) {
+  const int i = FieldIndex(name);
+  if (i < 0) Raise(err::ItemNotFound, QStringLiteral("Item not found in this collection: %1").arg(name));
+  SetValue(i, v);
+}
+
+void Recordset::SetValue(int index, const QVariant& v) {
+  PRESTKT_REQUIRE_OPEN();
+  if (index < 0 || index >= FieldCount()) Raise(err::ItemNotFound);
+  Store& s = *store_;
+  if (d_->mode == Impl::Mode::None && !d_->OnLiveRow(s)) Raise(err::NoCurrentRecord);
+  QVariant value = ToField(s.fields[index], v);
+  if (d_->mode == Impl::Mode::None) {  // the first write starts the edit
+    d_->buffer = s.rows[d_->view[d_->pos]];
+    d_->mode = Impl::Mode::Edit;
+  }
+  d_->buffer[index] = std::move(value);
+}
+
+Recordset::FieldRef Recordset::operator[](const QString& name) {
+  const int i = FieldIndex(name);
+  if (i < 0) Raise(err::ItemNotFound, QStringLiteral("Item not found in this collection: %1").arg(name));
+  return FieldRef(this, i);
+}
+
+Recordset::FieldRef Recordset::operator[](int index) {
+  if (index < 0 || index >= FieldCount()) Raise(err::ItemNotFound);
+  return FieldRef(this, index);
+}
+
+// ------------------------------------------------------------------ edits
+
+void Recordset::AddNew() {
+  PRESTKT_REQUIRE_OPEN();
+  Store& s = *store_;
+  d_->LeaveEdit(s);
+  d_->Sync(s);
+  d_->savedPos = d_->pos;
+  d_->buffer.assign(s.fields.size(), QVariant());
+  d_->mode = Impl::Mode::Add;
+}
+
+void Recordset::Edit() {
+  PRESTKT_REQUIRE_OPEN();
+  if (d_->mode != Impl::Mode::None) return;
+  if (!d_->OnLiveRow(*store_)) Raise(err::NoCurrentRecord);
+  d_->buffer = store_->rows[d_->view[d_->pos]];
+  d_->mode = Impl::Mode::Edit;
+}
+
+void Recordset::Update() {
+  PRESTKT_REQUIRE_OPEN();
+  d_->Update(*store_);
+}
+
+void Recordset::CancelUpdate() {
+  PRESTKT_REQUIRE_OPEN();
+  d_->Cancel();
+}
+
+void Recordset::Delete() {
+  PRESTKT_REQUIRE_OPEN();
+  Store& s = *store_;
+  if (d_->mode == Impl::Mode::Add) {  // the record being added is simply given up
+    d_->Cancel();
+    return;
+  }
+  if (!d_->OnLiveRow(s)) Raise(err::NoCurrentRecord);
+  const int id = d_->view[d_->pos];
+  if (s.cursor) s.cursor->DeleteRow(s.fields, s.rows[id]);
+  d_->mode = Impl::Mode::None;
+  d_->buffer.clear();
+  s.deleted[id] = 1;
+  s.deleteLog.push_back(id);
+  Row().swap(s.rows[id]);
+  d_->Sync(s);
+}
+
+bool Recordset::EditMode() const { return d_->open && d_->mode != Impl::Mode::None; }
+
+// ------------------------------------------------------------------ cursor
+
+bool Recordset::Eof() const {
+  PRESTKT_REQUIRE_OPEN();
+  d_->Sync(*store_);
+  return d_->AtEof();
+}
+
+bool Recordset::Bof() const {
+  PRESTKT_REQUIRE_OPEN();
+  d_->Sync(*store_);
+  return d_->AtBof();
+}
+
+void Recordset::MoveFirst() {
+  PRESTKT_REQUIRE_OPEN();
+  Store& s = *store_;
+  d_->LeaveEdit(s);
+  d_->Sync(s);
+  d_->pos = d_->NextLive(s, 0);
+}
+
+void Recordset::MoveLast() {
+  PRESTKT_REQUIRE_OPEN();
+  Store& s = *store_;
+  d_->LeaveEdit(s);
+  d_->Sync(s);
+  d_->pos = d_->PrevLive(s, static_cast<int>(d_->view.size()) - 1);
+}
+
+void Recordset::MoveNext() {
+  PRESTKT_REQUIRE_OPEN();
+  Store& s = *store_;
+  d_->LeaveEdit(s);
+  d_->Sync(s);
+  if (d_->AtEof()) Raise(err::NoCurrentRecord);
+  d_->pos = d_->NextLive(s, d_->pos == kBof ? 0 : d_->pos + 1);
+}
+
+void Recordset::MovePrevious() {
+  PRESTKT_REQUIRE_OPEN();
+  Store& s = *store_;
+  d_->LeaveEdit(s);
+  d_->Sync(s);
+  if (d_->AtBof()) Raise(err::NoCurrentRecord);
+  d_->pos = d_->PrevLive(s, d_->pos == kEof ? static_cast<int>(d_->view.size()) - 1 : d_->pos - 1);
+}
+
+int Recordset::RecordCount() const {
+  PRESTKT_REQUIRE_OPEN();
+  d_->Sync(*store_);
+  return d_->LiveCount();
+}
+
+int Recordset::AbsolutePosition() const {
+  PRESTKT_REQUIRE_OPEN();
+  const Store& s = *store_;
+  d_->Sync(s);
+  if (d_->mode == Impl::Mode::Add || !d_->OnLiveRow(s)) return -1;
+  if (d_->dead == 0) return d_->pos + 1;
+  int n = 0;
+  for (int k = 0; k <= d_->pos; ++k)
+    if (!s.deleted[d_->view[k]]) ++n;
+  return n;
+}
+
+void Recordset::SetAbsolutePosition(int position) {
+  PRESTKT_REQUIRE_OPEN();
+  Store& s = *store_;
+  d_->Sync(s);
+  if (position < 1 || position > d_->LiveCount()) Raise(err::BadArguments);
+  d_->LeaveEdit(s);
+  d_->Sync(s);
+  if (d_->dead == 0) {
+    d_->pos = position - 1;
+    return;
+  }
+  int n = 0;
+  for (int k = 0; k < static_cast<int>(d_->view.size()); ++k) {
+    if (!s.deleted[d_->view[k]] && ++n == position) {
+      d_->pos = k;
+      return;
+    }
+  }
+}
+
+// ------------------------------------------------------------------ filter and sort
+
+QString Recordset::Filter() const {
+  return d_->filterText.isEmpty() ? QStringLiteral("0") : d_->filterText;
+}
+
+void Recordset::SetFilter(const QString& filter) {
+  PRESTKT_REQUIRE_OPEN();
+  Store& s = *store_;
+  const QString t = filter.trimmed();
+  detail::FilterPtr compiled;
+  if (!t.isEmpty() && t != QLatin1String("0")) compiled = detail::ParseFilter(t, s.fields);
+  d_->LeaveEdit(s);
+  d_->filter = std::move(compiled);
+  d_->filterText = d_->filter ? t : QString();
+  d_->Rebuild(s);
+}
+
+QString Recordset::Sort() const { return d_->sortText; }
+
+void Recordset::SetSort(const QString& sort) {
+  PRESTKT_REQUIRE_OPEN();
+  Store& s = *store_;
+  std::vector<detail::SortKey> keys = detail::ParseSort(sort, s.fields);
+  d_->LeaveEdit(s);
+  d_->sortKeys = std::move(keys);
+  d_->sortText = d_->sortKeys.empty() ? QString() : sort.trimmed();
+  d_->Rebuild(s);
+}
+
+RecordsetPtr Recordset::Clone() const {
+  PRESTKT_REQUIRE_OPEN();
+  auto rs = Create();
+  rs->store_ = store_;
+  rs->d_->open = true;
+  rs->d_->Rebuild(*store_);
+  return rs;
+}
+
+// ------------------------------------------------------------------ save and bulk
+
+void Recordset::Save(const QString& path, int format) const {
+  PRESTKT_REQUIRE_OPEN();
+  if (format != adPersistXML && format != adPersistADTG) Raise(err::BadArguments);
+  const Store& s = *store_;
+  d_->Sync(s);
+  std::vector<const Row*> rows;
+  rows.reserve(d_->view.size());
+  for (int id : d_->view)
+    if (!s.deleted[id]) rows.push_back(&s.rows[id]);
+  detail::SaveRows(path, format, s.fields, rows);
+}
+
+void Recordset::AppendRows(std::vector<Row>&& rows) {
+  PRESTKT_REQUIRE_OPEN();
+  Store& s = *store_;
+  for (const Row& r : rows)
+    if (r.size() != s.fields.size())
+      Raise(err::BadArguments, QStringLiteral("Row of %1 values for %2 fields").arg(r.size()).arg(s.fields.size()));
+  if (rows.empty()) return;
+  d_->Sync(s);
+  const bool wasEmpty = d_->LiveCount() == 0;
+  const size_t first = s.rows.size();
+  s.rows.reserve(first + rows.size());
+  for (Row& r : rows) s.rows.push_back(std::move(r));
+  rows.clear();
+  s.deleted.resize(s.rows.size(), 0);
+  if (!d_->sortKeys.empty() && d_->mode == Impl::Mode::None) {
+    d_->Rebuild(s);
+    return;
+  }
+  d_->Sync(s);
+  if (wasEmpty && d_->mode == Impl::Mode::None && d_->pos < 0) d_->pos = d_->NextLive(s, 0);
+}
+
+void Recordset::SetWriteCursor(std::shared_ptr<WriteCursor> cursor) { store_->cursor = std::move(cursor); }
+
+bool Recordset::HasWriteCursor() const { return store_->cursor != nullptr; }
+
+}  // namespace prestkt

@@ -1,0 +1,309 @@
+#include "SqlAdapt.h"
+
+#include <QDate>
+#include <QRegularExpression>
+
+#include "Database.h"
+#include "Schema.h"
+
+namespace prestkt {
+
+namespace {
+
+enum class Tok { Space, Word, Number, String, Ident, Date, Punct, Param };
+
+struct Token {
+  Tok kind;
+  QString text;  // for String: the value; for Ident: the name; else the source text
+};
+
+bool IsWordChar(QChar c) { return c.isLetterOrNumber() || c == QLatin1Char('_') || c == QLatin1Char('$'); }
+
+std::vector<Token> Tokenize(const QString& s) {
+  std::vector<Token> out;
+  const int n = s.size();
+  int i = 0;
+  while (i < n) {
+    const QChar c = s.at(i);
+    if (c.isSpace()) {
+      int j = i;
+      while (j < n && s.at(j).isSpace()) ++j;
+      out.push_back({Tok::Space, s.mid(i, j - i)});
+      i = j;
+    } else if (c == QLatin1Char('"') || c == QLatin1Char('\'')) {
+      // A text; the quote doubled inside stands for one.
+      QString v;
+      int j = i + 1;
+      while (j < n) {
+        if (s.at(j) == c) {
+          if (j + 1 < n && s.at(j + 1) == c) {
+            v += c;
+            j += 2;
+            continue;
+          }
+          break;
+        }
+        v += s.at(j++);
+      }
+      out.push_back({Tok::String, v});
+      i = j + 1;
+    } else if (c == QLatin1Char('[')) {
+      const int j = s.indexOf(QLatin1Char(']'), i + 1);
+      const int end = j < 0 ? n : j;
+      out.push_back({Tok::Ident, s.mid(i + 1, end - i - 1)});
+      i = end + 1;
+    } else if (c == QLatin1Char('#')) {
+      const int j = s.indexOf(QLatin1Char('#'), i + 1);
+      const int end = j < 0 ? n : j;
+      out.push_back({Tok::Date, s.mid(i + 1, end - i - 1)});
+      i = end + 1;
+    } else if (c.isDigit() || (c == QLatin1Char('.') && i + 1 < n && s.at(i + 1).isDigit())) {
+      int j = i;
+      while (j < n && (s.at(j).isDigit() || s.at(j) == QLatin1Char('.'))) ++j;
+      out.push_back({Tok::Number, s.mid(i, j - i)});
+      i = j;
+    } else if (IsWordChar(c)) {
+      int j = i;
+      while (j < n && IsWordChar(s.at(j))) ++j;
+      out.push_back({Tok::Word, s.mid(i, j - i)});
+      i = j;
+    } else if (c == QLatin1Char('?')) {
+      out.push_back({Tok::Param, QStringLiteral("?")});
+      ++i;
+    } else {
+      // Two-character operators stay together.
+      if (i + 1 < n) {
+        const QString two = s.mid(i, 2);
+        if (two == QLatin1String("<>") || two == QLatin1String("<=") || two == QLatin1String(">=")) {
+          out.push_back({Tok::Punct, two});
+          i += 2;
+          continue;
+        }
+      }
+      out.push_back({Tok::Punct, QString(c)});
+      ++i;
+    }
+  }
+  return out;
+}
+
+bool Is(const Token& t, const char* word) {
+  return t.kind == Tok::Word && t.text.compare(QLatin1String(word), Qt::CaseInsensitive) == 0;
+}
+
+QString QuoteString(const QString& v) {
+  QString s = v;
+  s.replace(QLatin1Char('\''), QStringLiteral("''"));
+  return QLatin1Char('\'') + s + QLatin1Char('\'');
+}
+
+QString QuoteIdent(const QString& v) {
+  QString s = v;
+  s.replace(QLatin1Char('"'), QStringLiteral("\"\""));
+  return QLatin1Char('"') + s + QLatin1Char('"');
+}
+
+// #mm/dd/yyyy[ hh:nn[:ss]]# of the old dialect.
+QDateTime JetDate(const QString& text) {
+  static const QRegularExpression re(QStringLiteral(
+      "^\\s*(\\d{1,2})/(\\d{1,2})/(\\d{2,4})(?:\\s+(\\d{1,2}):(\\d{2})(?::(\\d{2}))?)?\\s*$"));
+  const auto m = re.match(text);
+  if (m.hasMatch()) {
+    int y = m.captured(3).toInt();
+    if (y < 100) y += y < 30 ? 2000 : 1900;
+    const QDate d(y, m.captured(1).toInt(), m.captured(2).toInt());
+    const QTime t(m.captured(4).toInt(), m.captured(5).toInt(), m.captured(6).toInt());
+    return QDateTime(d, t.isValid() ? t : QTime(0, 0));
+  }
+  const QDateTime iso = DateFromStorage(text.trimmed());
+  return iso;
+}
+
+int NextSolid(const std::vector<Token>& t, int i) {
+  for (int j = i; j < static_cast<int>(t.size()); ++j)
+    if (t[j].kind != Tok::Space) return j;
+  return -1;
+}
+
+int PrevSolid(const std::vector<Token>& t, int i) {
+  for (int j = i; j >= 0; --j)
+    if (t[j].kind != Tok::Space) return j;
+  return -1;
+}
+
+}  // namespace
+
+QString AdattaSql(const QString& sql, const Database& db) {
+  const std::vector<Token> t = Tokenize(sql);
+  QString out;
+  out.reserve(sql.size() + 16);
+  const int n = static_cast<int>(t.size());
+  for (int i = 0; i < n; ++i) {
+    const Token& k = t[i];
+    switch (k.kind) {
+      case Tok::Space:
+      case Tok::Number:
+      case Tok::Param:
+        out += k.text;
+        break;
+      case Tok::Ident:
+        out += QuoteIdent(k.text);
+        break;
+      case Tok::Date: {
+        const QDateTime d = JetDate(k.text);
+        out += d.isValid() ? db.DateLiteral(d) : QStringLiteral("NULL");
+        break;
+      }
+      case Tok::String: {
+        QString v = k.text;
+        const int p = PrevSolid(t, i - 1);
+        if (p >= 0 && Is(t[p], "like")) {
+          v.replace(QLatin1Char('*'), QLatin1Char('%'));
+          v.replace(QLatin1Char('?'), QLatin1Char('_'));
+        }
+        out += QuoteString(v);
+        break;
+      }
+      case Tok::Punct:
+        if (k.text == QLatin1String("!")) out += QLatin1Char('.');
+        else if (k.text == QLatin1String("&")) out += QStringLiteral("||");
+        else out += k.text;
+        break;
+      case Tok::Word: {
+        if (Is(k, "delete")) {
+          // DELETE * FROM t, DELETE t.f FROM t: the engine wants DELETE FROM t.
+          int j = NextSolid(t, i + 1);
+          if (j > 0 && !Is(t[j], "from")) {
+            while (j > 0 && !Is(t[j], "from")) j = NextSolid(t, j + 1);
+            if (j > 0) {
+              out += k.text + QLatin1Char(' ');
+              i = j - 1;
+              break;
+            }
+          }
+          out += k.text;
+        } else if ((Is(k, "date") || Is(k, "now")) && i + 2 < n && t[i + 1].text == QLatin1String("(") &&
+                   t[i + 2].text == QLatin1String(")")) {
+          // Date() and Now() are the moment of the statement; "Date() - 1000" is a day count.
+          QDateTime d = Is(k, "date") ? Today() : Now();
+          int j = NextSolid(t, i + 3);
+          if (j > 0 && (t[j].text == QLatin1String("-") || t[j].text == QLatin1String("+"))) {
+            const int m = NextSolid(t, j + 1);
+            if (m > 0 && t[m].kind == Tok::Number) {
+              const double days = t[m].text.toDouble() * (t[j].text == QLatin1String("-") ? -1 : 1);
+              d = d.addSecs(static_cast<qint64>(days * 86400));
+              i = m;
+              out += db.DateLiteral(d);
+              break;
+            }
+          }
+          out += db.DateLiteral(d);
+          i += 2;
+        } else if (Is(k, "true")) {
+          out += QStringLiteral("-1");
+        } else if (Is(k, "false")) {
+          out += QStringLiteral("0");
+        } else {
+          out += k.text;
+        }
+        break;
+      }
+    }
+  }
+  // A closing semicolon is allowed by the old engine and harmless here; nothing to do.
+  return out;
+}
+
+QStringList SelectExpressions(const QString& sql) {
+  const std::vector<Token> t = Tokenize(sql);
+  QStringList out;
+  int depth = 0;
+  bool started = false;
+  QString cur;
+  for (const Token& k : t) {
+    if (!started) {
+      if (Is(k, "select")) started = true;
+      continue;
+    }
+    if (depth == 0 && Is(k, "from")) break;
+    if (k.kind == Tok::Punct && k.text == QLatin1String("(")) ++depth;
+    if (k.kind == Tok::Punct && k.text == QLatin1String(")")) --depth;
+    if (depth == 0 && k.kind == Tok::Punct && k.text == QLatin1String(",")) {
+      out << cur.trimmed();
+      cur.clear();
+      continue;
+    }
+    if (k.kind == Tok::String) cur += QuoteString(k.text);
+    else if (k.kind == Tok::Ident) cur += k.text;
+    else cur += k.text;
+  }
+  if (!cur.trimmed().isEmpty()) out << cur.trimmed();
+  // DISTINCT / TOP n belong to the statement, not to the first column.
+  if (!out.isEmpty()) {
+    static const QRegularExpression lead(QStringLiteral("^(?:DISTINCT|DISTINCTROW|TOP\\s+\\d+)\\s+"),
+                                         QRegularExpression::CaseInsensitiveOption);
+    out[0].remove(lead);
+  }
+  return out;
+}
+
+int DaoTypeOfExpression(const QString& expression, int* size) {
+  *size = 0;
+  QString e = expression.trimmed();
+  static const QRegularExpression alias(QStringLiteral("\\s+AS\\s+\\S+$"),
+                                        QRegularExpression::CaseInsensitiveOption);
+  e.remove(alias);
+  e = e.trimmed();
+  if (e.isEmpty()) return 0;
+  static const QRegularExpression integer(QStringLiteral("^-?\\d+$"));
+  static const QRegularExpression decimal(QStringLiteral("^-?\\d*\\.\\d+$"));
+  if (integer.match(e).hasMatch()) return dbLong;
+  if (decimal.match(e).hasMatch()) return dbDouble;
+  if (e.startsWith(QLatin1Char('\''))) {
+    *size = 255;
+    return dbText;
+  }
+  static const QRegularExpression call(QStringLiteral("^(\\w+)\\s*\\((.*)\\)$"),
+                                       QRegularExpression::DotMatchesEverythingOption);
+  const auto m = call.match(e);
+  if (m.hasMatch()) {
+    const QString f = m.captured(1).toLower();
+    const QString arg = m.captured(2).trimmed();
+    if (f == QLatin1String("format")) {
+      *size = 255;
+      return dbText;
+    }
+    if (f == QLatin1String("datediff") || f == QLatin1String("year") || f == QLatin1String("month") ||
+        f == QLatin1String("day") || f == QLatin1String("count"))
+      return dbLong;
+    if (f == QLatin1String("max") || f == QLatin1String("min") || f == QLatin1String("first") ||
+        f == QLatin1String("last"))
+      return DaoTypeOfExpression(arg, size);
+    if (f == QLatin1String("sum")) {
+      const int inner = DaoTypeOfExpression(arg, size);
+      return inner == dbLong || inner == dbInteger || inner == dbByte ? dbLong : dbDouble;
+    }
+    if (f == QLatin1String("avg")) return dbDouble;
+    if (f == QLatin1String("iif")) {
+      // The type of the true part.
+      const QStringList parts = SelectExpressions(QStringLiteral("SELECT ") + arg);
+      return parts.size() == 3 ? DaoTypeOfExpression(parts.at(1), size) : 0;
+    }
+    return 0;
+  }
+  // A plain column, maybe qualified.
+  static const QRegularExpression column(QStringLiteral("^(?:[\\w:]+[.!])?(\\w+)$"));
+  const auto c = column.match(e);
+  if (c.hasMatch()) {
+    if (const ColumnDef* def = FindAnyColumn(c.captured(1))) {
+      *size = def->size;
+      return def->type;
+    }
+    return 0;
+  }
+  static const QRegularExpression arithmetic(QStringLiteral("[-+*/]"));
+  if (arithmetic.match(e).hasMatch()) return dbDouble;
+  return 0;
+}
+
+}  // namespace prestkt

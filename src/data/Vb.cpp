@@ -1,0 +1,321 @@
+#include "Vb.h"
+
+#include <QDate>
+#include <QRegularExpression>
+#include <QTimeZone>
+#include <cmath>
+#include <limits>
+
+namespace prestkt {
+
+namespace {
+
+bool IsNumberType(const QVariant& v) {
+  switch (v.typeId()) {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+    case QMetaType::Float:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Char:
+    case QMetaType::UChar:
+    case QMetaType::SChar:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// Reads a number typed in the users' convention. The decimal comma is the
+// normal form; a text with a single point and no comma is read with the point
+// as decimal separator, so that values written by programs read back.
+bool ParseNumber(QString s, double* out) {
+  s = s.trimmed();
+  if (s.isEmpty()) return false;
+  if (s.contains(QLatin1Char(','))) {
+    s.remove(QLatin1Char('.'));
+    s.replace(QLatin1Char(','), QLatin1Char('.'));
+  } else if (s.count(QLatin1Char('.')) > 1) {
+    s.remove(QLatin1Char('.'));
+  }
+  bool ok = false;
+  const double d = s.toDouble(&ok);
+  if (!ok || !std::isfinite(d)) return false;
+  *out = d;
+  return true;
+}
+
+QDateTime ParseDate(const QString& text) {
+  const QString s = text.trimmed();
+  if (s.isEmpty()) return {};
+  QDateTime d = DateFromStorage(s);
+  if (d.isValid()) return d;
+  static const char* const kForms[] = {"dd/MM/yyyy HH:mm:ss", "dd/MM/yyyy HH:mm", "dd/MM/yyyy",
+                                       "d/M/yyyy H:mm:ss",    "d/M/yyyy H:mm",    "d/M/yyyy",
+                                       "yyyy-MM-dd",          "yyyy-MM-ddTHH:mm:ss",
+                                       "yyyy-MM-dd HH:mm",    "HH:mm:ss",         "HH:mm"};
+  for (const char* f : kForms) {
+    d = QDateTime::fromString(s, QLatin1String(f));
+    if (d.isValid()) {
+      if (d.date() == QDate(1900, 1, 1) && !QString::fromLatin1(f).contains(QLatin1Char('y')))
+        d.setDate(QDate(1899, 12, 30));
+      return d;
+    }
+    if (!QString::fromLatin1(f).contains(QLatin1Char('y'))) {
+      const QTime t = QTime::fromString(s, QLatin1String(f));
+      if (t.isValid()) return QDateTime(QDate(1899, 12, 30), t);
+    }
+  }
+  return {};
+}
+
+// The platform's date serial: days since 30 December 1899, the fraction the time.
+// The whole part is the day (toward zero), the fraction always the time of that day.
+QDateTime FromSerial(double serial) {
+  const QDate base(1899, 12, 30);
+  const double days = std::trunc(serial);
+  qint64 secs = std::llround(std::fabs(serial - days) * 86400.0);
+  qint64 day = static_cast<qint64>(days);
+  if (secs >= 86400) {
+    secs -= 86400;
+    day += serial < 0 ? -1 : 1;
+  }
+  return QDateTime(base.addDays(day), QTime(0, 0).addSecs(static_cast<int>(secs)));
+}
+
+// Wall-clock arithmetic: dates carry no time zone, so a summer-time change moves nothing.
+QDateTime AddWallSeconds(const QDateTime& d, qint64 secs) {
+  qint64 total = d.time().msecsSinceStartOfDay() / 1000 + secs;
+  qint64 days = total >= 0 ? total / 86400 : -((-total + 86399) / 86400);
+  total -= days * 86400;
+  return QDateTime(d.date().addDays(days), QTime(0, 0).addSecs(static_cast<int>(total)));
+}
+
+double RoundHalfEven(double x) {
+  const double f = std::floor(x);
+  const double diff = x - f;
+  // A value within a few units of the last place of the half counts as the half:
+  // 2.675 * 100 is 267.49999999999997 in binary and rounds as 267.5.
+  const double noise = 8 * std::numeric_limits<double>::epsilon() * std::max(1.0, std::fabs(x));
+  if (std::fabs(diff - 0.5) <= noise) {
+    return std::fmod(f, 2.0) == 0.0 ? f : f + 1.0;
+  }
+  return std::round(x);
+}
+
+qint64 RoundToInteger(const QVariant& v, qint64 lo, qint64 hi) {
+  double d = CDbl(v);
+  d = RoundHalfEven(d);
+  if (d < static_cast<double>(lo) || d > static_cast<double>(hi)) Raise(err::Overflow);
+  return static_cast<qint64>(d);
+}
+
+}  // namespace
+
+bool IsNumeric(const QVariant& v) {
+  if (IsNull(v)) return false;
+  if (IsNumberType(v) || v.typeId() == QMetaType::Bool) return true;
+  if (v.typeId() == QMetaType::QString) {
+    double d;
+    return ParseNumber(v.toString(), &d);
+  }
+  return false;
+}
+
+bool IsDate(const QVariant& v) {
+  if (IsNull(v)) return false;
+  if (v.typeId() == QMetaType::QDateTime || v.typeId() == QMetaType::QDate) return true;
+  if (v.typeId() == QMetaType::QString) return ParseDate(v.toString()).isValid();
+  return false;
+}
+
+double CDbl(const QVariant& v) {
+  if (IsNull(v)) Raise(err::InvalidUseOfNull);
+  if (v.typeId() == QMetaType::Bool) return v.toBool() ? -1.0 : 0.0;
+  if (IsNumberType(v)) return v.toDouble();
+  if (v.typeId() == QMetaType::QString || v.typeId() == QMetaType::QByteArray) {
+    double d;
+    if (ParseNumber(v.toString(), &d)) return d;
+    Raise(err::TypeMismatch);
+  }
+  if (v.typeId() == QMetaType::QDateTime || v.typeId() == QMetaType::QDate) {
+    const QDateTime d = v.toDateTime();
+    const QDate base(1899, 12, 30);
+    return static_cast<double>(base.daysTo(d.date())) + d.time().msecsSinceStartOfDay() / 86400000.0;
+  }
+  Raise(err::TypeMismatch);
+}
+
+int CInt(const QVariant& v) { return static_cast<int>(RoundToInteger(v, -32768, 32767)); }
+
+int CLng(const QVariant& v) {
+  return static_cast<int>(RoundToInteger(v, std::numeric_limits<qint32>::min(),
+                                         std::numeric_limits<qint32>::max()));
+}
+
+int CByte(const QVariant& v) { return static_cast<int>(RoundToInteger(v, 0, 255)); }
+
+bool CBool(const QVariant& v) {
+  if (IsNull(v)) Raise(err::InvalidUseOfNull);
+  if (v.typeId() == QMetaType::Bool) return v.toBool();
+  if (v.typeId() == QMetaType::QString) {
+    const QString s = v.toString().trimmed().toLower();
+    if (s == QLatin1String("true") || s == QLatin1String("vero")) return true;
+    if (s == QLatin1String("false") || s == QLatin1String("falso")) return false;
+  }
+  return CDbl(v) != 0.0;
+}
+
+QString CStr(const QVariant& v) {
+  if (IsNull(v)) Raise(err::InvalidUseOfNull);
+  switch (v.typeId()) {
+    case QMetaType::Bool:
+      return v.toBool() ? QStringLiteral("Vero") : QStringLiteral("Falso");
+    case QMetaType::Double:
+    case QMetaType::Float: {
+      QString s = QString::number(v.toDouble(), 'g', 15);
+      if (s.contains(QLatin1Char('e'))) s = QString::number(v.toDouble(), 'f', 10);
+      if (s.contains(QLatin1Char('.'))) {
+        while (s.endsWith(QLatin1Char('0'))) s.chop(1);
+        if (s.endsWith(QLatin1Char('.'))) s.chop(1);
+      }
+      s.replace(QLatin1Char('.'), QLatin1Char(','));
+      return s;
+    }
+    case QMetaType::QDateTime: {
+      const QDateTime d = v.toDateTime();
+      if (d.time() == QTime(0, 0)) return d.toString(QStringLiteral("dd/MM/yyyy"));
+      return d.toString(QStringLiteral("dd/MM/yyyy HH:mm:ss"));
+    }
+    case QMetaType::QDate:
+      return v.toDate().toString(QStringLiteral("dd/MM/yyyy"));
+    default:
+      return v.toString();
+  }
+}
+
+QDateTime CDate(const QVariant& v) {
+  if (IsNull(v)) Raise(err::InvalidUseOfNull);
+  if (v.typeId() == QMetaType::QDateTime) return v.toDateTime();
+  if (v.typeId() == QMetaType::QDate) return QDateTime(v.toDate(), QTime(0, 0));
+  if (v.typeId() == QMetaType::QString) {
+    const QDateTime d = ParseDate(v.toString());
+    if (d.isValid()) return d;
+    Raise(err::TypeMismatch);
+  }
+  if (IsNumberType(v)) return FromSerial(v.toDouble());
+  Raise(err::TypeMismatch);
+}
+
+// Blanks, tabs and line feeds are skipped anywhere in the number, as the platform's Val does.
+double Val(const QString& s) {
+  QString compact;
+  for (const QChar c : s)
+    if (c != QLatin1Char(' ') && c != QLatin1Char('\t') && c != QLatin1Char('\n') && c != QLatin1Char('\r'))
+      compact += c;
+  static const QRegularExpression re(QStringLiteral("^([-+]?[0-9]*\\.?[0-9]*(?:[eE][-+]?[0-9]+)?)"));
+  const auto m = re.match(compact);
+  if (!m.hasMatch()) return 0;
+  bool ok = false;
+  const double d = m.captured(1).toDouble(&ok);
+  return ok ? d : 0;
+}
+
+QVariant NullToZero(const QVariant& v) { return IsNull(v) ? QVariant(0) : v; }
+
+QString NullToStr(const QVariant& v) { return IsNull(v) ? QString() : CStr(v); }
+
+double Round(double x, int decimals) {
+  const double scale = std::pow(10.0, decimals);
+  const double scaled = x * scale;
+  if (!std::isfinite(scaled)) return x;
+  return RoundHalfEven(scaled) / scale;
+}
+
+double Int(double x) { return std::floor(x); }
+double Fix(double x) { return std::trunc(x); }
+
+qint64 DateDiff(const QString& interval, const QVariant& from, const QVariant& to) {
+  const QDateTime a = CDate(from);
+  const QDateTime b = CDate(to);
+  // Seconds from a fixed origin in local wall time: boundaries are those of the clock.
+  const QDate origin(1899, 12, 30);
+  auto secs = [&](const QDateTime& d) {
+    return origin.daysTo(d.date()) * 86400 + d.time().msecsSinceStartOfDay() / 1000;
+  };
+  auto floorDiv = [](qint64 x, qint64 y) { return x >= 0 ? x / y : -((-x + y - 1) / y); };
+  const QString i = interval.toLower();
+  if (i == QLatin1String("s")) return secs(b) - secs(a);
+  if (i == QLatin1String("n")) return floorDiv(secs(b), 60) - floorDiv(secs(a), 60);
+  if (i == QLatin1String("h")) return floorDiv(secs(b), 3600) - floorDiv(secs(a), 3600);
+  if (i == QLatin1String("d") || i == QLatin1String("y")) return a.date().daysTo(b.date());
+  if (i == QLatin1String("ww") || i == QLatin1String("w")) return a.date().daysTo(b.date()) / 7;
+  if (i == QLatin1String("m"))
+    return (b.date().year() - a.date().year()) * 12 + (b.date().month() - a.date().month());
+  if (i == QLatin1String("q"))
+    return (b.date().year() - a.date().year()) * 4 +
+           ((b.date().month() - 1) / 3 - (a.date().month() - 1) / 3);
+  if (i == QLatin1String("yyyy")) return b.date().year() - a.date().year();
+  Raise(err::InvalidProcedureCall);
+}
+
+QDateTime DateAdd(const QString& interval, double number, const QDateTime& date) {
+  const QString i = interval.toLower();
+  const qint64 n = static_cast<qint64>(Fix(number));
+  if (i == QLatin1String("s")) return AddWallSeconds(date, n);
+  if (i == QLatin1String("n")) return AddWallSeconds(date, n * 60);
+  if (i == QLatin1String("h")) return AddWallSeconds(date, n * 3600);
+  if (i == QLatin1String("d") || i == QLatin1String("y") || i == QLatin1String("w"))
+    return date.addDays(n);
+  if (i == QLatin1String("ww")) return date.addDays(n * 7);
+  if (i == QLatin1String("m")) return date.addMonths(static_cast<int>(n));
+  if (i == QLatin1String("q")) return date.addMonths(static_cast<int>(n * 3));
+  if (i == QLatin1String("yyyy")) return date.addYears(static_cast<int>(n));
+  Raise(err::InvalidProcedureCall);
+}
+
+QDateTime Now() {
+  QDateTime d = QDateTime::currentDateTime();
+  d.setTime(QTime(d.time().hour(), d.time().minute(), d.time().second()));
+  return d;
+}
+
+QDateTime Today() { return QDateTime(QDate::currentDate(), QTime(0, 0)); }
+
+QString CTempo(qint64 minuti) {
+  if (minuti <= 0) return QStringLiteral("00:00");
+  const qint64 ore = minuti / 60;
+  return Format(QVariant(ore), QStringLiteral("#00")) + QLatin1Char(':') +
+         Format(QVariant(minuti - ore * 60), QStringLiteral("00"));
+}
+
+qint64 MinutiTra(const QVariant& da, const QVariant& a) { return DateDiff(QStringLiteral("n"), da, a); }
+
+// Rounds up to the next multiple of passo. The quotient is first rounded to 10
+// decimals, so that a value that is a multiple but for binary noise stays put;
+// a value that is already a multiple comes back unchanged, not recomputed.
+double ArrotMultiplo(double valore, double passo) {
+  double result = valore;
+  if (passo != 0) {
+    const double q = Round(valore / passo, 10);
+    if (Int(q) != q) result = passo * (Int(q) + 1);
+  }
+  return result;
+}
+
+QString DateToStorage(const QDateTime& d) {
+  return d.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+}
+
+QDateTime DateFromStorage(const QString& s) {
+  if (s.size() == 19 && s.at(4) == QLatin1Char('-') && s.at(10) == QLatin1Char(' '))
+    return QDateTime::fromString(s, QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+  if (s.size() == 10 && s.at(4) == QLatin1Char('-') && s.at(7) == QLatin1Char('-'))
+    return QDateTime(QDate::fromString(s, QStringLiteral("yyyy-MM-dd")), QTime(0, 0));
+  return {};
+}
+
+}  // namespace prestkt
