@@ -477,6 +477,35 @@ TEST(RecordsetSort, DescendingMultiKeyStableAndCaseInsensitive) {
   EXPECT_EQ(Ids(*rs), V({6, 5, 4, 2, 1, 3}));
 }
 
+TEST(RecordsetSort, StableOnManyEqualKeys) {
+  auto rs = Recordset::Create();
+  rs->Append("ID", adInteger);
+  rs->Append("K", adVarWChar, 5);
+  rs->Open();
+  std::vector<Row> rows;
+  const char* keys[] = {"b", "A", "c", "a", "B"};  // equal without regard to case in pairs
+  for (int i = 0; i < 3000; ++i) rows.push_back({(i * 7919) % 3000, QString(keys[i % 5])});
+  rs->AppendRows(std::move(rows));
+  // The rows in store order by ID, to know each row's place.
+  std::map<int, int> place;
+  for (int i = 0; i < 3000; ++i) place[(i * 7919) % 3000] = i;
+  ASSERT_EQ(place.size(), 3000u);
+  rs->SetSort("K DESC");
+  QString prevKey;
+  int prevPlace = -1, count = 0;
+  while (!rs->Eof()) {
+    const QString k = rs->Value("K").toString().toLower();
+    const int p = place.at(rs->Value("ID").toInt());
+    if (k == prevKey) ASSERT_GT(p, prevPlace) << "row " << count;
+    else if (!prevKey.isEmpty()) ASSERT_LT(k, prevKey);
+    prevKey = k;
+    prevPlace = p;
+    ++count;
+    rs->MoveNext();
+  }
+  EXPECT_EQ(count, 3000);
+}
+
 TEST(RecordsetSort, NullsFirstAscendingLastDescending) {
   auto rs = People();
   rs->SetSort("Data");
@@ -597,6 +626,9 @@ TEST(RecordsetClone, CloseKeepsTheRowsOfTheClones) {
   EXPECT_RAISES(rs->SetFilter("ID = 1"), err::OperationNotAllowed);
   EXPECT_RAISES(rs->AddNew(), err::OperationNotAllowed);
   EXPECT_RAISES(rs->Clone(), err::OperationNotAllowed);
+  EXPECT_RAISES(rs->Value("ID"), err::OperationNotAllowed);
+  EXPECT_RAISES(rs->SetValue("ID", 1), err::OperationNotAllowed);
+  EXPECT_RAISES(rs->Save("unused.xml"), err::OperationNotAllowed);
 
   // A closed recordset can take a new structure.
   rs->Append("X", adInteger);

@@ -212,7 +212,10 @@ void OCPrestKT::Initialize() {
   // The temporary folder: TEMP, then TMP; the name of the last resort is odd and kept.
   QStringList parti;
   g([&] { parti = Environ(GetEnvironIdx(QStringLiteral("TEMP"))).split(QLatin1Char('=')); });
-  if (g.If([&] { return parti.at(1).isEmpty(); }))
+  if (g.If([&] {
+        if (parti.size() < 2) Raise(err::SubscriptOutOfRange);
+        return parti.at(1).isEmpty();
+      }))
     g([&] { parti = Environ(GetEnvironIdx(QStringLiteral("TMP"))).split(QLatin1Char('=')); });
   g([&] {
     if (parti.size() > 1)

@@ -280,32 +280,33 @@ struct Statement {
   Raise(number, msg + QStringLiteral(" [") + sql.left(200) + QLatin1Char(']'));
 }
 
-void Bind(sqlite3_stmt* st, const QVariantList& params) {
-  for (int i = 0; i < params.size(); ++i) {
-    const QVariant& v = params.at(i);
-    const int n = i + 1;
-    if (IsNull(v)) {
-      sqlite3_bind_null(st, n);
-    } else if (v.typeId() == QMetaType::Bool) {
-      sqlite3_bind_int(st, n, v.toBool() ? -1 : 0);
-    } else if (v.typeId() == QMetaType::Int || v.typeId() == QMetaType::LongLong ||
-               v.typeId() == QMetaType::UInt || v.typeId() == QMetaType::Short) {
-      sqlite3_bind_int64(st, n, v.toLongLong());
-    } else if (v.typeId() == QMetaType::Double || v.typeId() == QMetaType::Float) {
-      sqlite3_bind_double(st, n, v.toDouble());
-    } else if (v.typeId() == QMetaType::QDateTime || v.typeId() == QMetaType::QDate) {
-      const QByteArray b = DateToStorage(v.toDateTime()).toUtf8();
-      sqlite3_bind_text(st, n, b.constData(), b.size(), SQLITE_TRANSIENT);
-    } else {
-      const QByteArray b = v.toString().toUtf8();
-      sqlite3_bind_text(st, n, b.constData(), b.size(), SQLITE_TRANSIENT);
-    }
+void BindValue(sqlite3_stmt* st, int n, const QVariant& v) {
+  if (IsNull(v)) {
+    sqlite3_bind_null(st, n);
+  } else if (v.typeId() == QMetaType::Bool) {
+    sqlite3_bind_int(st, n, v.toBool() ? -1 : 0);
+  } else if (v.typeId() == QMetaType::Int || v.typeId() == QMetaType::LongLong ||
+             v.typeId() == QMetaType::UInt || v.typeId() == QMetaType::Short) {
+    sqlite3_bind_int64(st, n, v.toLongLong());
+  } else if (v.typeId() == QMetaType::Double || v.typeId() == QMetaType::Float) {
+    sqlite3_bind_double(st, n, v.toDouble());
+  } else if (v.typeId() == QMetaType::QDateTime || v.typeId() == QMetaType::QDate) {
+    const QByteArray b = DateToStorage(v.toDateTime()).toUtf8();
+    sqlite3_bind_text(st, n, b.constData(), b.size(), SQLITE_TRANSIENT);
+  } else {
+    const QByteArray b = v.toString().toUtf8();
+    sqlite3_bind_text(st, n, b.constData(), b.size(), SQLITE_TRANSIENT);
   }
+}
+
+void Bind(sqlite3_stmt* st, const QVariantList& params) {
+  for (int i = 0; i < params.size(); ++i) BindValue(st, i + 1, params.at(i));
 }
 
 }  // namespace
 
 Database::Result Database::Select(const Sql& sql) {
+  ++statements_;
   const QString text = Adapt(sql.Text());
   sqlite3* h = H(handle_);
   Statement s;
@@ -353,6 +354,7 @@ Database::Result Database::Select(const Sql& sql) {
 }
 
 int Database::Execute(const Sql& sql) {
+  ++statements_;
   const QString text = Adapt(sql.Text());
   sqlite3* h = H(handle_);
   Statement s;
@@ -364,6 +366,45 @@ int Database::Execute(const Sql& sql) {
   }
   if (rc != SQLITE_DONE) RaiseEngine(h, rc, text);
   return sqlite3_changes(h);
+}
+
+qint64 Database::InsertMany(const QString& table, const QStringList& columns,
+                            const std::function<bool(Row&)>& next) {
+  QStringList cols, marks;
+  for (const QString& c : columns) {
+    cols << QLatin1Char('"') + c + QLatin1Char('"');
+    marks << QStringLiteral("?");
+  }
+  const QString text = QStringLiteral("INSERT INTO \"%1\" (%2) VALUES (%3)")
+                           .arg(table, cols.join(QStringLiteral(", ")), marks.join(QStringLiteral(", ")));
+  sqlite3* h = H(handle_);
+  const int outer = transDepth_;
+  BeginTrans();
+  qint64 count = 0;
+  try {
+    Statement s;
+    const QByteArray utf8 = text.toUtf8();
+    int rc = sqlite3_prepare_v2(h, utf8.constData(), utf8.size(), &s.st, nullptr);
+    if (rc != SQLITE_OK) RaiseEngine(h, rc, text);
+    const int n = static_cast<int>(columns.size());
+    Row row;
+    for (;;) {
+      row.assign(n, QVariant());
+      if (!next(row)) break;
+      for (int i = 0; i < n; ++i) BindValue(s.st, i + 1, i < static_cast<int>(row.size()) ? row[i] : QVariant());
+      rc = sqlite3_step(s.st);
+      if (rc != SQLITE_DONE) RaiseEngine(h, rc, text);
+      sqlite3_reset(s.st);
+      ++count;
+    }
+  } catch (...) {
+    // The transaction opened here goes back; an outer one stays with its owner.
+    if (outer == 0) Rollback();
+    else transDepth_ = outer;
+    throw;
+  }
+  CommitTrans();
+  return count;
 }
 
 void Database::BeginTrans() {

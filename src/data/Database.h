@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVariantList>
+#include <functional>
 #include <memory>
 
 #include "Recordset.h"
@@ -78,12 +79,20 @@ class Database {
   // Both raise VbError with the engine's message on failure.
   Result Select(const Sql& sql);
   int Execute(const Sql& sql);  // rows changed
+  // Inserts rows into a table through one prepared statement, in a transaction
+  // of its own (nested in the caller's when there is one). next fills the row
+  // it is given, one value per column in the order of columns, and returns
+  // false when there are no more rows. Returns the rows inserted. The table's
+  // and columns' names go to the engine as they are, unadapted.
+  qint64 InsertMany(const QString& table, const QStringList& columns, const std::function<bool(Row&)>& next);
 
   // Transactions nest: only the outermost commit reaches the engine.
   void BeginTrans();
   void CommitTrans();
   void Rollback();
   int TransactionDepth() const { return transDepth_; }
+  // How many statements reached the engine since the database was opened.
+  int StatementCount() const { return statements_; }
 
   QStringList TableNames() const;  // tables and views
   bool TableExists(const QString& name) const;
@@ -105,6 +114,7 @@ class Database {
   QString pathDB_;
   void* handle_ = nullptr;  // the engine's native handle
   int transDepth_ = 0;
+  int statements_ = 0;
 };
 
 using DatabasePtr = std::shared_ptr<Database>;

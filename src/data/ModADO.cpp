@@ -11,7 +11,8 @@ namespace {
 
 const QString kModulo = QStringLiteral("ModADO");
 
-QString Quote(const QString& n) { return QLatin1Char('"') + n + QLatin1Char('"'); }
+// Names go in brackets, the form the SQL of the system uses.
+QString Quote(const QString& n) { return QLatin1Char('[') + n + QLatin1Char(']'); }
 
 // The table column that stores an in-memory field. Texts up to 255 characters
 // stay texts; longer ones become memos.
@@ -132,7 +133,7 @@ bool ADO2DAO(const RecordsetPtr& rs, const QString& nomeTabella, bool copiaDati,
       if (!chiavi.isEmpty()) {
         QStringList k;
         for (const QString& c : chiavi) k << Quote(c);
-        cols << QStringLiteral("CONSTRAINT \"PRIMARYKEY\" PRIMARY KEY (%1)").arg(k.join(QStringLiteral(", ")));
+        cols << QStringLiteral("CONSTRAINT [PRIMARYKEY] PRIMARY KEY (%1)").arg(k.join(QStringLiteral(", ")));
       }
     });
     const bool creata = g([&] {
@@ -152,14 +153,19 @@ bool ADO2DAO(const RecordsetPtr& rs, const QString& nomeTabella, bool copiaDati,
     const int n = rs->FieldCount();
     for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
       // One transaction per row: a failing row is logged and the walk goes on.
-      riga([&] {
+      const bool scritta = riga([&] {
         BeginTrans(db);
         dao->AddNew();
         for (int i = 0; i < n && i < dao->FieldCount(); ++i) dao->SetValue(i, rs->Value(i));
         dao->Update();
         CommitTrans(db);
       });
-      if (db->TransactionDepth() > 0) riga([&] { CommitTrans(db); });
+      if (!scritta) {
+        // The row's transaction is committed with what was written, which is nothing.
+        Guard pulizia(kModulo, QStringLiteral("ADO2DAO"), Guard::Silent);
+        pulizia([&] { dao->CancelUpdate(); });
+        if (db->TransactionDepth() > 0) pulizia([&] { CommitTrans(db); });
+      }
     }
   });
   return true;

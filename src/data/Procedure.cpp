@@ -63,7 +63,7 @@ class TableCursor : public WriteCursor {
   }
 
  private:
-  static QString Quote(const QString& n) { return QLatin1Char('"') + n + QLatin1Char('"'); }
+  static QString Quote(const QString& n) { return QLatin1Char('[') + n + QLatin1Char(']'); }
 
   static bool Same(const QVariant& a, const QVariant& b) {
     if (IsNull(a) || IsNull(b)) return IsNull(a) && IsNull(b);

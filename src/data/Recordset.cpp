@@ -336,6 +336,7 @@ const std::vector<FieldDef>& Recordset::FieldDefs() const { return store_->field
 // ------------------------------------------------------------------ values
 
 QVariant Recordset::Value(const QString& name) const {
+  PRESTKT_REQUIRE_OPEN();
   const int i = FieldIndex(name);
   if (i < 0) Raise(err::ItemNotFound, QStringLiteral("Item not found in this collection: %1").arg(name));
   return Value(i);
@@ -350,6 +351,7 @@ QVariant Recordset::Value(int index) const {
 }
 
 void Recordset::SetValue(const QString& name, const QVariant& v) {
+  PRESTKT_REQUIRE_OPEN();
   const int i = FieldIndex(name);
   if (i < 0) Raise(err::ItemNotFound, QStringLiteral("Item not found in this collection: %1").arg(name));
   SetValue(i, v);
@@ -369,6 +371,7 @@ void Recordset::SetValue(int index, const QVariant& v) {
 }
 
 Recordset::FieldRef Recordset::operator[](const QString& name) {
+  PRESTKT_REQUIRE_OPEN();
   const int i = FieldIndex(name);
   if (i < 0) Raise(err::ItemNotFound, QStringLiteral("Item not found in this collection: %1").arg(name));
   return FieldRef(this, i);

@@ -868,7 +868,7 @@ void SortRows(std::vector<int>& ids, const std::vector<Row>& rows, const std::ve
   }
   std::vector<int> perm(n);
   for (size_t i = 0; i < n; ++i) perm[i] = static_cast<int>(i);
-  std::sort(perm.begin(), perm.end(), [&](int a, int b) {
+  std::stable_sort(perm.begin(), perm.end(), [&](int a, int b) {
     for (size_t k = 0; k < keys.size(); ++k) {
       const int c = Compare(cols[k][a], cols[k][b]);
       if (c != 0) return keys[k].descending ? c > 0 : c < 0;

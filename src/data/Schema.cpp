@@ -182,7 +182,8 @@ QString SqliteType(const ColumnDef& c) {
   }
 }
 
-QString Quote(const QString& name) { return QLatin1Char('"') + name + QLatin1Char('"'); }
+// Names go in brackets, the form the SQL of the system uses.
+QString Quote(const QString& name) { return QLatin1Char('[') + name + QLatin1Char(']'); }
 
 QString CreateTableSql(const TableDef& t) {
   QStringList cols;

@@ -1,0 +1,61 @@
+// vorn-host: the demo business application that carries the component.
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTimer>
+#include <QTranslator>
+#include <cstdio>
+
+#include "HostWindow.h"
+
+int main(int argc, char** argv) {
+  QApplication app(argc, argv);
+  QApplication::setApplicationName(QStringLiteral("VORN"));
+  QLocale::setDefault(QLocale(QLocale::Italian, QLocale::Italy));
+  QTranslator qtItaliano;
+  if (qtItaliano.load(QLocale(QLocale::Italian), QStringLiteral("qtbase"), QStringLiteral("_"),
+                      QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    app.installTranslator(&qtItaliano);
+  // The component looks for its temporary folder in TEMP, then TMP.
+  if (qEnvironmentVariableIsEmpty("TEMP") && qEnvironmentVariableIsEmpty("TMP"))
+    qputenv("TEMP", QDir::tempPath().toLocal8Bit());
+
+  QCommandLineParser p;
+  p.setApplicationDescription(QStringLiteral("VORN - gestione lavorazioni (host dimostrativo di OCPrestKT)"));
+  p.addHelpOption();
+  const QString defaultDb = QDir::homePath() + QStringLiteral("/.local/share/vorn-demo/vorn.db");
+  QCommandLineOption optDb(QStringLiteral("db"), QStringLiteral("File SQLite del database (creato con i dati dimostrativi se manca)."),
+                           QStringLiteral("PATH"), defaultDb);
+  QCommandLineOption optDocs(QStringLiteral("docs"), QStringLiteral("Cartella dei documenti dei modelli."), QStringLiteral("PATH"));
+  QCommandLineOption optUser(QStringLiteral("user"), QStringLiteral("Numero dell'utente."), QStringLiteral("N"), QStringLiteral("1"));
+  QCommandLineOption optTAnag(QStringLiteral("tanag"), QStringLiteral("Tipo anagrafica dei clienti."), QStringLiteral("N"),
+                              QStringLiteral("1"));
+  QCommandLineOption optShot(QStringLiteral("screenshot"), QStringLiteral("Salva un'immagine della finestra ed esce."),
+                             QStringLiteral("FILE"));
+  p.addOptions({optDb, optDocs, optUser, optTAnag, optShot});
+  p.process(app);
+
+  HostOptions o;
+  o.dbFile = QFileInfo(p.value(optDb)).absoluteFilePath();
+  o.docs = p.isSet(optDocs) ? p.value(optDocs) : QFileInfo(o.dbFile).absolutePath() + QStringLiteral("/documenti");
+  o.user = p.value(optUser).toInt();
+  o.tAnag = p.value(optTAnag).toInt();
+
+  HostWindow w(o);
+  if (!w.Open()) return 1;
+  w.resize(1280, 760);
+  w.show();
+  if (p.isSet(optShot)) {
+    const QString file = p.value(optShot);
+    // The component shows its list once the host's layout is done; then the picture is taken.
+    QTimer::singleShot(800, &w, [&w, file] {
+      const bool ok = w.grab().save(file, "PNG");
+      std::fprintf(stderr, ok ? "saved %s\n" : "could not save %s\n", qPrintable(file));
+      QApplication::exit(ok ? 0 : 2);
+    });
+  }
+  return app.exec();
+}

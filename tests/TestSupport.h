@@ -1,0 +1,134 @@
+#pragma once
+// What every test needs: its own database in a temporary folder, the global
+// state reset, and a script of answers for the message service that records
+// what was asked.
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <deque>
+#include <ostream>
+#include <memory>
+#include <vector>
+
+#include "Database.h"
+#include "Messages.h"
+#include "ModPrestKT.h"
+#include "Procedure.h"
+#include "Schema.h"
+
+// Readable failures for texts.
+inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
+
+namespace prestkt::test {
+
+struct Asked {
+  QString prompt;
+  int buttons;
+  QString title;
+};
+
+class ScriptedMessages : public MessageService {
+ public:
+  std::deque<int> answers;           // MsgBox answers, in order; the default button when empty
+  std::deque<QString> inputs;        // InputBox answers
+  std::deque<QString> files;         // file dialog answers
+  std::vector<Asked> asked;
+
+  int MsgBox(const QString& prompt, int buttons, const QString& title) override {
+    asked.push_back({prompt, buttons, title});
+    if (!answers.empty()) {
+      const int a = answers.front();
+      answers.pop_front();
+      return a;
+    }
+    const int kind = buttons & 7;
+    if (kind == vbYesNo || kind == vbYesNoCancel) return (buttons & vbDefaultButton2) ? vbNo : vbYes;
+    return vbOK;
+  }
+  QString InputBox(const QString& prompt, const QString& title, const QString&) override {
+    asked.push_back({prompt, -1, title});
+    if (inputs.empty()) return {};
+    const QString s = inputs.front();
+    inputs.pop_front();
+    return s;
+  }
+  QString OpenFileName(const QString& title, const QString&, const QString&) override { return NextFile(title); }
+  QString SaveFileName(const QString& title, const QString&, const QString&) override { return NextFile(title); }
+
+ private:
+  QString NextFile(const QString& title) {
+    asked.push_back({title, -2, QString()});
+    if (files.empty()) return {};
+    const QString s = files.front();
+    files.pop_front();
+    return s;
+  }
+};
+
+inline void ResetGlobals() {
+  gDB.reset();
+  gCurUtente = 0;
+  gPathDB.clear();
+  gNomeDB.clear();
+  gPathDocs.clear();
+  gPathLogo.clear();
+  gMagnify = 0;
+  gCProject = 0;
+  gDtIni = QDateTime();
+  gDTEnd = QDateTime();
+  gStatus = 0;
+  gTAnag = 0;
+  gCAnag = 0;
+  gOnlyInput = false;
+  gOnlyPrest = false;
+  gRcsProjects.reset();
+  gRcsDisp.reset();
+  gRcsDispDett.reset();
+  gRcsProd.reset();
+  gRcsAct.reset();
+  gRcsLavExt.reset();
+  gRcsForn.reset();
+}
+
+// A database of the schema in a folder of its own, made the component's database.
+class TestDb {
+ public:
+  explicit TestDb(bool withOnDemand = true) {
+    ResetGlobals();
+    db = Database::OpenSQLite(dir.path() + QStringLiteral("/vorn.db"));
+    CreaSchema(*db, withOnDemand);
+    gDB = db;
+    gPathDB = db->PathDB();
+    gNomeDB = db->Name();
+    messages = std::make_shared<ScriptedMessages>();
+    SetMessageService(messages);
+  }
+  ~TestDb() {
+    SetMessageService(nullptr);
+    ResetGlobals();
+  }
+
+  void Exec(const QString& sql) { db->Execute(Sql(sql)); }
+  QVariant Scalar(const QString& sql) {
+    const auto r = db->Select(Sql(sql));
+    return r.rows.empty() ? QVariant() : r.rows.front().front();
+  }
+  QString Path() const { return dir.path(); }
+  // The lines of a log file of the error log for today.
+  QStringList LogLines(const QString& modulo, const QString& procedura) const {
+    QFile f(ErrLogFile(modulo, procedura, Now()));
+    if (!f.open(QIODevice::ReadOnly | QIODevice::Text)) return {};
+    return QString::fromUtf8(f.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+  }
+
+  QTemporaryDir dir;
+  DatabasePtr db;
+  std::shared_ptr<ScriptedMessages> messages;
+};
+
+inline QDateTime D(int y, int m, int d, int h = 0, int n = 0, int s = 0) {
+  return QDateTime(QDate(y, m, d), QTime(h, n, s));
+}
+
+}  // namespace prestkt::test

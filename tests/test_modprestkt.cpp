@@ -1,0 +1,268 @@
+// The loaders of the register and of a model's working set, the lookups by
+// key and the tariff lookup.
+#include <gtest/gtest.h>
+
+#include "TestSupport.h"
+
+using namespace prestkt;
+using namespace prestkt::test;
+
+namespace {
+
+void Registro(TestDb& t) {
+  t.Exec("INSERT INTO Anagrafica (TAnag, CAnag, RagSoc1, CostoH, Eliminato) VALUES (1, 1, 'Officina Rossi', 0, 0), "
+         "(1, 2, 'Carrozzeria Bianchi', 0, 0), (10, 1, 'Mario Verdi', 21.5, 0), (10, 2, 'Luca Neri', 18, -1), "
+         "(2, 1, 'Zincatura Lombarda', 0, 0)");
+  t.Exec("INSERT INTO ProjectsTipo (CPrjTipo, DPrjTipo, GestForfSempl) VALUES (1, 'Stampo', 0), (2, 'Forfait', -1)");
+  t.Exec("INSERT INTO Projects (CProject, DProject, CPrjTipo, TAnag, CAnag, DtIni, Stato) VALUES "
+         "(202500001, 'Aperto', 1, 1, 1, '2025-01-10 00:00:00', 0), "
+         "(202500002, 'Chiuso', 1, 1, 2, '2025-02-10 00:00:00', 9), "
+         "(202500003, 'Chiuso host', 1, 1, 1, '2025-03-10 00:00:00', 10), "
+         "(202500004, 'Senza tipo', 7, 1, 1, '2025-04-10 00:00:00', 0), "
+         "(202400001, 'Fuori periodo', 1, 1, 2, '2024-05-10 00:00:00', 0)");
+}
+
+QStringList Codici(const RecordsetPtr& rs) {
+  QStringList out;
+  auto c = rs->Clone();
+  c->SetSort("CProject");
+  for (; !c->Eof(); c->MoveNext()) out << QString::number(c->Value("CProject").toLongLong());
+  return out;
+}
+
+void Lavori(TestDb& t) {
+  t.Exec("INSERT INTO TabGen (CTipTabGen, CTabGen, DTabGen, Sigla, Bool8) VALUES "
+         "(1, 1, 'C/Lavorazione', 'CL', -1), (1, 2, 'Omaggio', 'OM', 0), (12, 1, 'Saldatura', '', 0)");
+  t.Exec("INSERT INTO Doc (TipoDoc, NDoc, Data, Riferimento, TAnag, CAnag) VALUES "
+         "(12, 100, '2025-01-15 00:00:00', 'Ord. 100', 2, 1), (15, 200, '2025-01-20 00:00:00', 'DDT 7', 2, 1), "
+         "(15, 201, '2025-01-25 00:00:00', 'DDT 9', 2, 1), (15, 202, '2025-01-26 00:00:00', 'DDT 10', 2, 1)");
+  // Order 100: line 1 delivered twice (3 at 10.00, 1 at 14.00), line 2 never, line 3 only with quantity 0.
+  t.Exec("INSERT INTO DocDett (TipoDoc, NDoc, Scheda, Riga, Qta, QtaArr, PzVend, CCaus) VALUES "
+         "(12, 100, 0, 1, 4, 4, 9.5, 1), (12, 100, 0, 2, 10, 0, 3.4, 1), (12, 100, 0, 3, 5, 0, 2, 1)");
+  t.Exec("INSERT INTO DocDett (TipoDoc, NDoc, Scheda, Riga, Qta, PzVend, CCaus, TipoDocRif, NDocRif, RigaRif) VALUES "
+         "(15, 200, 0, 1, 3, 10, 1, 12, 100, 1), (15, 201, 0, 1, 1, 14, 2, 12, 100, 1), "
+         "(15, 202, 0, 1, 0, 50, 1, 12, 100, 3)");
+  t.Exec("INSERT INTO ProjectsDocDett (TipoDoc, NDoc, Scheda, Riga, RigaD, CProject, CDisp, Qta, Importo) VALUES "
+         "(12, 100, 0, 1, 1, 202500001, 1, 4, 9.5), (12, 100, 0, 2, 2, 202500001, 1, 10, 3.4), "
+         "(12, 100, 0, 3, 3, 202500001, 2, 5, 2)");
+}
+
+}  // namespace
+
+TEST(CaricaModelli, NoQueryWhileTheEndIsZero) {
+  TestDb t;
+  Registro(t);
+  gDtIni = D(2025, 1, 1);
+  for (int stato : {-1, 0, 9, 10}) {
+    const int before = t.db->StatementCount();
+    CaricaModelli(gDtIni, QDateTime(), stato);
+    EXPECT_FALSE(gRcsProjects);
+    EXPECT_EQ(t.db->StatementCount(), before);
+  }
+}
+
+TEST(CaricaModelli, StatusChoosesTheStates) {
+  TestDb t;
+  Registro(t);
+  gDtIni = D(2025, 1, 1);
+  gDTEnd = D(2025, 12, 31);
+  CaricaModelli(gDtIni, gDTEnd, -1);
+  EXPECT_EQ(Codici(gRcsProjects), QStringList({"202500001", "202500002", "202500003", "202500004"}));
+  CaricaModelli(gDtIni, gDTEnd, 0);
+  EXPECT_EQ(Codici(gRcsProjects), QStringList({"202500001", "202500004"}));
+  CaricaModelli(gDtIni, gDTEnd, 9);
+  EXPECT_EQ(Codici(gRcsProjects), QStringList({"202500002", "202500003"}));
+  CaricaModelli(gDtIni, gDTEnd, 10);
+  EXPECT_EQ(Codici(gRcsProjects), QStringList({"202500003"}));
+  // The fields of Projects with the party's name and the type's description; an unknown type reads Null.
+  gRcsProjects->SetFilter("CProject=202500003");
+  EXPECT_EQ(gRcsProjects->Value("RagSoc1").toString(), "Officina Rossi");
+  EXPECT_EQ(gRcsProjects->Value("DPrjTipo").toString(), "Stampo");
+  CaricaModelli(gDtIni, gDTEnd, -1);
+  gRcsProjects->SetFilter("CProject=202500004");
+  EXPECT_TRUE(IsNull(gRcsProjects->Value("DPrjTipo")));
+}
+
+TEST(AggiornaModello, RefreshedLineHasNoTypeUntilTheNextFullLoad) {
+  TestDb t;
+  Registro(t);
+  gDtIni = D(2025, 1, 1);
+  gDTEnd = D(2025, 12, 31);
+  CaricaModelli(gDtIni, gDTEnd, -1);
+  t.Exec("UPDATE Projects SET DProject='Aperto e cambiato' WHERE CProject=202500001");
+  AggiornaModello(202500001, gRcsProjects);
+  EXPECT_EQ(gRcsProjects->Filter(), "CProject=202500001");
+  ASSERT_EQ(gRcsProjects->RecordCount(), 1);
+  EXPECT_EQ(gRcsProjects->Value("DProject").toString(), "Aperto e cambiato");
+  EXPECT_TRUE(IsNull(gRcsProjects->Value("DPrjTipo")));
+  gRcsProjects->SetFilter("");
+  EXPECT_EQ(gRcsProjects->RecordCount(), 4);
+  // A new model is appended.
+  t.Exec("INSERT INTO Projects (CProject, DProject, CPrjTipo, TAnag, CAnag, DtIni) VALUES "
+         "(202500005, 'Nuovo', 1, 1, 2, '2025-06-01 00:00:00')");
+  AggiornaModello(202500005, gRcsProjects);
+  gRcsProjects->SetFilter("");
+  EXPECT_EQ(gRcsProjects->RecordCount(), 5);
+  // With no recordset yet, the one row makes it.
+  RecordsetPtr solo;
+  AggiornaModello(202500005, solo);
+  ASSERT_TRUE(solo);
+  EXPECT_EQ(solo->RecordCount(), 1);
+}
+
+TEST(Lookups, ValuesOrDefaults) {
+  TestDb t;
+  Registro(t);
+  t.Exec("INSERT INTO ProjectsDispTipo (CPrjDispTipo, DPrjDispTipo) VALUES (3, '  Oraria  ')");
+  t.Exec("INSERT INTO TabGen (CTipTabGen, CTabGen, DTabGen) VALUES (12, 4, 'Saldatura ')");
+  t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, CStato) VALUES (202500001, 1, 0), (202500001, 2, 9)");
+  EXPECT_EQ(DescrAnag(1, 2), "Carrozzeria Bianchi");
+  EXPECT_EQ(DescrAnag(1, 99), "");
+  EXPECT_EQ(DescrTipoPrj(2), "Forfait");
+  EXPECT_EQ(DescrTipoPrj(99), "");
+  EXPECT_EQ(DescrTipoDisp(3), "Oraria");
+  EXPECT_EQ(DescrPrest(4), "Saldatura");
+  EXPECT_EQ(DescrPrest(5), "");
+  EXPECT_DOUBLE_EQ(CostoOraOperatore(1), 21.5);
+  EXPECT_DOUBLE_EQ(CostoOraOperatore(9), 0);
+  EXPECT_FALSE(AvvisaDispChiusa(202500001, 1));
+  EXPECT_TRUE(t.messages->asked.empty());
+  EXPECT_TRUE(AvvisaDispChiusa(202500001, 2));
+  ASSERT_EQ(t.messages->asked.size(), 1u);
+  EXPECT_EQ(t.messages->asked[0].prompt, "Attenzione: questa disposizione risulta essere chiusa!");
+  EXPECT_EQ(t.messages->asked[0].buttons, vbExclamation);
+  // A failing query gives the default, silently.
+  gDB.reset();
+  EXPECT_EQ(DescrAnag(1, 2), "");
+}
+
+TEST(GetDatiDisp, CustomerRowWinsWholeAndBandOnlyForAForfait) {
+  TestDb t;
+  t.Exec("INSERT INTO ProjectsDispTipo (CPrjDispTipo, DPrjDispTipo, Forfait, TipoFatt) VALUES "
+         "(1, 'Oraria', 0, 1), (2, 'Forfait', -1, 2), (3, 'Forfait senza tariffa', -1, 2)");
+  t.Exec("INSERT INTO ProjectsDispTar (CPrjTipo, CPrjDispTipo, TarMin, TarMax, TarH) VALUES "
+         "(1, 1, 10, 20, 38), (1, 2, 22, 30, 40)");
+  t.Exec("INSERT INTO ProjectsDispTarDett (CPrjTipo, CPrjDispTipo, TAnag, CAnag, TarMin, TarMax, TarH) VALUES "
+         "(1, 1, 1, 7, 0, 0, 0)");
+  tyDatiDisp d = GetDatiDisp(1, 1, 1, 1);
+  // An hourly type keeps its band at 0 although the row has one.
+  EXPECT_EQ(d.vMin, 0);
+  EXPECT_EQ(d.vMax, 0);
+  EXPECT_EQ(d.vTarH, 38);
+  EXPECT_FALSE(d.vForfait);
+  d = GetDatiDisp(1, 1, 1, 2);
+  EXPECT_EQ(d.vMin, 22);
+  EXPECT_EQ(d.vMax, 30);
+  EXPECT_EQ(d.vTarH, 40);
+  EXPECT_TRUE(d.vForfait);
+  // The customer's row with TarH 0 wins over the general 38.
+  d = GetDatiDisp(1, 7, 1, 1);
+  EXPECT_EQ(d.vTarH, 0);
+  // No tariff at all: the empty record, whatever the type says.
+  d = GetDatiDisp(1, 1, 1, 3);
+  EXPECT_EQ(d.vTarH, 0);
+  EXPECT_FALSE(d.vForfait);
+}
+
+TEST(CaricaDatiModello, NewModelGivesTheStructuresOnly) {
+  TestDb t;
+  Registro(t);
+  Lavori(t);
+  t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp) VALUES (202500001, 1, 'A')");
+  CaricaDatiModello(0);
+  ASSERT_TRUE(gRcsDisp && gRcsDispDett && gRcsAct && gRcsLavExt && gRcsForn);
+  EXPECT_EQ(gRcsDisp->RecordCount(), 0);
+  EXPECT_GE(gRcsDisp->FieldIndex("DDisp"), 0);
+  EXPECT_EQ(gRcsDispDett->FieldCount(), 3);
+  EXPECT_EQ(gRcsAct->RecordCount(), 0);
+  EXPECT_GE(gRcsAct->FieldIndex("OraIni"), 0);
+  EXPECT_EQ(gRcsLavExt->RecordCount(), 0);
+  EXPECT_GE(gRcsLavExt->FieldIndex("ImpEff"), 0);
+  EXPECT_GE(gRcsLavExt->FieldIndex("CDisp"), 0);
+  EXPECT_EQ(gRcsForn->RecordCount(), 0);
+  EXPECT_GE(gRcsForn->FieldIndex("Bool8"), 0);
+  EXPECT_FALSE(gRcsProd);
+  CaricaDatiModello(202500001);
+  EXPECT_EQ(gRcsDisp->RecordCount(), 1);
+}
+
+TEST(CaricaAttivita, StoredZeroCostTakesTheOperatorsPresentCost) {
+  TestDb t;
+  Registro(t);
+  t.Exec("INSERT INTO ActivitiesProd (CAttivita, CProject, CDisp, CUtente, CPrestazione, DtIni, DtEnd, CostoH) VALUES "
+         "(202500001, 202500001, 1, 1, 1, '2025-02-03 00:00:00', '2025-02-03 02:30:00', 0), "
+         "(202500002, 202500001, 1, 1, 1, '2025-02-04 09:50:00', '2025-02-04 10:10:00', 30), "
+         "(202500003, 202500001, 2, 9, 1, '2025-02-05 00:00:00', NULL, 0)");
+  RecordsetPtr rs;
+  CaricaAttivita(rs, 202500001, 0, 0, false);
+  ASSERT_EQ(rs->RecordCount(), 3);
+  EXPECT_EQ(rs->Filter(), "0");
+  rs->SetFilter("CAttivita=202500001");
+  EXPECT_DOUBLE_EQ(rs->Value("CostoH").toDouble(), 21.5);
+  EXPECT_EQ(rs->Value("DataIni").toString(), "03/02/2025");
+  EXPECT_EQ(rs->Value("OraEnd").toString(), "02:30");
+  rs->SetFilter("CAttivita=202500002");
+  EXPECT_DOUBLE_EQ(rs->Value("CostoH").toDouble(), 30);
+  rs->SetFilter("CAttivita=202500003");
+  EXPECT_DOUBLE_EQ(rs->Value("CostoH").toDouble(), 0);  // no such operator
+  EXPECT_TRUE(IsNull(rs->Value("DtEnd")));
+  // The table keeps its zero.
+  EXPECT_EQ(t.Scalar("SELECT CostoH FROM ActivitiesProd WHERE CAttivita=202500001").toDouble(), 0);
+  // Refreshing one activity replaces its row.
+  t.Exec("UPDATE ActivitiesProd SET CPrestazione=5 WHERE CAttivita=202500002");
+  CaricaAttivita(rs, 0, 0, 202500002, true);
+  rs->SetFilter("");
+  EXPECT_EQ(rs->RecordCount(), 3);
+  rs->SetFilter("CAttivita=202500002");
+  EXPECT_EQ(rs->Value("CPrestazione").toInt(), 5);
+}
+
+TEST(CaricaLavEsterne, EffectiveCostIsTheMeanOfTheDeliveries) {
+  TestDb t;
+  Registro(t);
+  Lavori(t);
+  RecordsetPtr rs;
+  CaricaLavEsterne(rs, 202500001, 0);
+  ASSERT_TRUE(rs);
+  ASSERT_EQ(rs->RecordCount(), 3);
+  rs->SetFilter("Riga=1");
+  // Deliveries of 3 at 10.00 and 1 at 14.00: (30 + 14) / 4 = 11.00, whatever their causal.
+  EXPECT_DOUBLE_EQ(rs->Value("ImpEff").toDouble(), 11.0);
+  EXPECT_DOUBLE_EQ(rs->Value("Importo").toDouble(), 9.5);
+  EXPECT_EQ(rs->Value("RagSoc1").toString(), "Zincatura Lombarda");
+  EXPECT_EQ(rs->Value("CDisp").toInt(), 1);
+  rs->SetFilter("Riga=2");
+  // No delivery: the order's amount stays.
+  EXPECT_DOUBLE_EQ(rs->Value("ImpEff").toDouble(), 3.4);
+  rs->SetFilter("Riga=3");
+  // A delivery of quantity 0 adds nothing.
+  EXPECT_DOUBLE_EQ(rs->Value("ImpEff").toDouble(), 2.0);
+  RecordsetPtr una;
+  CaricaLavEsterne(una, 202500001, 2);
+  EXPECT_EQ(una->RecordCount(), 1);
+  RecordsetPtr nessuna;
+  CaricaLavEsterne(nessuna, 202500002, 0);
+  ASSERT_TRUE(nessuna);
+  EXPECT_EQ(nessuna->RecordCount(), 0);
+  EXPECT_GE(nessuna->FieldIndex("QtaArr"), 0);
+}
+
+TEST(CaricaForniture, OnlyBillableDeliveriesCount) {
+  TestDb t;
+  Registro(t);
+  Lavori(t);
+  RecordsetPtr lav, forn;
+  CaricaLavEsterne(lav, 202500001, 0);
+  CaricaForniture(forn, lav);
+  ASSERT_TRUE(forn);
+  // Delivery 200 (C/Lavorazione) and 202 count; 201 is under a causal that doesn't.
+  EXPECT_EQ(forn->RecordCount(), 2);
+  forn->SetFilter("NDoc=201");
+  EXPECT_EQ(forn->RecordCount(), 0);
+  forn->SetFilter("NDoc=200");
+  EXPECT_EQ(forn->Value("CDisp").toInt(), 1);
+  EXPECT_EQ(forn->Value("Sigla").toString(), "CL");
+  EXPECT_EQ(forn->Value("Riferimento").toString(), "DDT 7");
+  // The filter of the lines it walked is undisturbed.
+  EXPECT_EQ(lav->Filter(), "0");
+}

@@ -1,0 +1,474 @@
+// Data access and runtime services: the SQL of the system on the engine,
+// recordsets of the database, action queries, copies, quoting, the error log,
+// the configuration file, folders and the environment.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QXmlStreamReader>
+
+#include "ModADO.h"
+#include "TestSupport.h"
+
+using namespace prestkt;
+using namespace prestkt::test;
+
+namespace {
+
+void Models(TestDb& t) {
+  t.Exec("INSERT INTO Anagrafica (TAnag, CAnag, RagSoc1, CostoH) VALUES (1, 1, 'Officina Rossi', 0), "
+         "(1, 2, 'Carrozzeria Bianchi', 0), (10, 1, 'Mario Verdi', 21.5), (10, 2, 'Luca Neri', 18)");
+  t.Exec("INSERT INTO ProjectsTipo (CPrjTipo, DPrjTipo, GestForfSempl) VALUES (1, 'Stampo', 0), (2, 'Forfait', -1)");
+  t.Exec("INSERT INTO Projects (CProject, DProject, CPrjTipo, TAnag, CAnag, DtIni, Stato) VALUES "
+         "(202500001, 'Stampo pompa', 1, 1, 1, '2025-01-10 00:00:00', 0), "
+         "(202500002, 'Coperchio', 1, 1, 2, '2025-02-10 00:00:00', 9), "
+         "(202500003, 'Staffa', 1, 1, 1, '2025-03-10 00:00:00', 10), "
+         "(202400001, 'Vecchio stampo', 1, 1, 2, '2024-05-10 00:00:00', 0)");
+}
+
+}  // namespace
+
+TEST(SqlAdapt, OldDialectBecomesTheEngines) {
+  TestDb t;
+  EXPECT_EQ(t.db->Adapt("SELECT [Doc:Forniture].NDoc FROM [Doc:Forniture]"),
+            "SELECT \"Doc:Forniture\".NDoc FROM \"Doc:Forniture\"");
+  EXPECT_EQ(t.db->Adapt("Format([ActivitiesProd]![DtIni],\"dd/mm/yyyy\")"),
+            "Format(\"ActivitiesProd\".\"DtIni\",'dd/mm/yyyy')");
+  EXPECT_EQ(t.db->Adapt("DELETE * FROM Projects WHERE CProject=1"), "DELETE FROM Projects WHERE CProject=1");
+  EXPECT_EQ(t.db->Adapt("DELETE ActivitiesProd.CAttivita FROM ActivitiesProd WHERE (((ActivitiesProd.CAttivita)=5))"),
+            "DELETE FROM ActivitiesProd WHERE (((ActivitiesProd.CAttivita)=5))");
+  EXPECT_EQ(t.db->Adapt("WHERE DtIni Between #01/31/2025# And #12/31/2025 23:59:00#"),
+            "WHERE DtIni Between '2025-01-31 00:00:00' And '2025-12-31 23:59:00'");
+  EXPECT_EQ(t.db->Adapt("WHERE DArt Like \"*Lavor?\""), "WHERE DArt Like '%Lavor_'");
+  EXPECT_EQ(t.db->Adapt("SELECT \"It's\" AS X"), "SELECT 'It''s' AS X");
+  const QString oggi = t.db->DateLiteral(Today().addDays(-1000));
+  EXPECT_EQ(t.db->Adapt("WHERE ((Doc.Data)>Date()-1000)"), "WHERE ((Doc.Data)>" + oggi + ")");
+}
+
+TEST(SqlAdapt, FunctionsOfTheSystemRunInTheEngine) {
+  TestDb t;
+  Models(t);
+  EXPECT_EQ(t.Scalar("SELECT Format([Projects]![DtIni],\"dd/mm/yyyy\") FROM Projects WHERE CProject=202500002")
+                .toString(),
+            "10/02/2025");
+  EXPECT_EQ(t.Scalar("SELECT Year(DtIni) FROM Projects WHERE CProject=202400001").toInt(), 2024);
+  EXPECT_EQ(t.Scalar("SELECT Month(DtIni) FROM Projects WHERE CProject=202500003").toInt(), 3);
+  EXPECT_EQ(t.Scalar("SELECT DateDiff(\"n\", #01/01/2025 09:50#, #01/01/2025 10:10#)").toInt(), 20);
+  EXPECT_EQ(t.Scalar("SELECT IIf(Stato=9,\"D\",\"F\") FROM Projects WHERE CProject=202500002").toString(), "D");
+  // Texts compare without regard to case, as the host's database does.
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects WHERE DProject=\"STAMPO POMPA\"").toInt(), 1);
+}
+
+TEST(ApriRecordset, TypesComeFromTheTablesAndTheExpressions) {
+  TestDb t;
+  Models(t);
+  RecordsetPtr rs;
+  ApriRecordset(rs, "SELECT CProject, DProject, DtIni, Stato, 0 AS Zero, \"\" AS Vuoto, Format(DtIni,\"yyyy\") AS Anno "
+                    "FROM Projects WHERE CProject=-1",
+                nullptr, dbOpenSnapshot);
+  ASSERT_TRUE(rs);
+  EXPECT_EQ(rs->RecordCount(), 0);
+  EXPECT_EQ(rs->FieldInfo(0).DaoType, dbLong);
+  EXPECT_EQ(rs->FieldInfo(1).DaoType, dbText);
+  EXPECT_EQ(rs->FieldInfo(1).DefinedSize, 255);
+  EXPECT_EQ(rs->FieldInfo(2).DaoType, dbDate);
+  EXPECT_EQ(rs->FieldInfo(3).DaoType, dbInteger);
+  EXPECT_EQ(rs->FieldInfo(4).DaoType, dbLong);
+  EXPECT_EQ(rs->FieldInfo(5).DaoType, dbText);
+  EXPECT_EQ(rs->FieldInfo(6).DaoType, dbText);
+  ApriRecordset(rs, "SELECT Max(DtIni) AS MaxDt, Sum(CProject) AS S FROM Projects", nullptr, dbOpenSnapshot);
+  EXPECT_EQ(rs->FieldInfo(0).DaoType, dbDate);
+  EXPECT_EQ(rs->Value(QStringLiteral("MaxDt")).toDateTime(), D(2025, 3, 10));
+}
+
+TEST(ApriRecordset, EmptyTextLeavesNothingAndThreeFailuresLeaveNull) {
+  TestDb t;
+  RecordsetPtr rs;
+  ApriRecordset(rs, QString(), nullptr, dbOpenSnapshot);
+  EXPECT_FALSE(rs);
+  const int before = t.db->StatementCount();
+  ApriRecordset(rs, "SELECT * FROM Nowhere", nullptr, dbOpenSnapshot);
+  EXPECT_FALSE(rs);
+  EXPECT_EQ(t.db->StatementCount() - before, 3);
+  // Nothing of these attempts reaches the log.
+  EXPECT_FALSE(QDir(t.db->PathDB() + "ErrLogs").exists());
+}
+
+TEST(ApriRecordset, DynasetWritesToItsTable) {
+  TestDb t;
+  Models(t);
+  RecordsetPtr rs;
+  ApriRecordset(rs, "SELECT * FROM Projects WHERE CProject=202600001", nullptr, dbOpenDynaset);
+  ASSERT_TRUE(rs && rs->HasWriteCursor());
+  rs->AddNew();
+  rs->SetValue("CProject", 202600001);
+  rs->SetValue("DProject", "Nuovo modello");
+  rs->SetValue("DtIni", D(2026, 1, 5));
+  rs->Update();
+  // Stato was never written: the table's default gives 0.
+  EXPECT_EQ(t.Scalar("SELECT Stato FROM Projects WHERE CProject=202600001").toInt(), 0);
+  EXPECT_EQ(t.Scalar("SELECT typeof(DtIni) || ':' || DtIni FROM Projects WHERE CProject=202600001").toString(),
+            "text:2026-01-05 00:00:00");
+
+  ApriRecordset(rs, "SELECT * FROM Projects WHERE CProject=202500001", nullptr, dbOpenDynaset);
+  rs->Edit();
+  rs->SetValue("DProject", "Stampo pompa grande");
+  rs->Update();
+  EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202500001").toString(), "Stampo pompa grande");
+  rs->Delete();
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects WHERE CProject=202500001").toInt(), 0);
+
+  // Without the key in the recordset the row is found by the statement's condition.
+  t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp, CStato) VALUES (202500002, 1, 'A', 0), (202500002, 2, 'B', 0)");
+  ApriRecordset(rs, "SELECT DtEnd, CStato FROM ProjectsDisp WHERE CProject=202500002 AND CDisp=2 ", nullptr,
+                dbOpenDynaset);
+  rs->Edit();
+  rs->SetValue("DtEnd", D(2025, 6, 30));
+  rs->SetValue("CStato", 9);
+  rs->Update();
+  EXPECT_EQ(t.Scalar("SELECT CStato FROM ProjectsDisp WHERE CProject=202500002 AND CDisp=2").toInt(), 9);
+  EXPECT_EQ(t.Scalar("SELECT CStato FROM ProjectsDisp WHERE CProject=202500002 AND CDisp=1").toInt(), 0);
+}
+
+TEST(QueryExe, FailingStatementCommitsAnEmptyTransactionAndLogs) {
+  TestDb t;
+  const QString r = QueryExe("UPDATE Nowhere SET X=1");
+  EXPECT_EQ(r, "");
+  EXPECT_EQ(t.db->TransactionDepth(), 0);
+  const QStringList lines = t.LogLines("Procedure", "QueryExe");
+  ASSERT_EQ(lines.size(), 1);
+  EXPECT_TRUE(lines.at(0).contains(" - QueryExe: no such table: Nowhere")) << lines.at(0).toStdString();
+  EXPECT_TRUE(lines.at(0).endsWith("(3078)")) << lines.at(0).toStdString();
+  // The engine is free again: a later statement works.
+  QueryExe("INSERT INTO AnagTipo (TAnag, Descrizione) VALUES (1, 'Clienti')");
+  EXPECT_EQ(t.Scalar("SELECT Descrizione FROM AnagTipo").toString(), "Clienti");
+}
+
+TEST(TestoSql, EmptyTextIsNullAndFindsNothing) {
+  TestDb t;
+  Models(t);
+  EXPECT_EQ(TestoSql("").Text(), "Null");
+  RecordsetPtr rs;
+  t.Exec("UPDATE Projects SET DProject='' WHERE CProject=202500003");
+  ApriRecordset(rs, Sql("SELECT CProject FROM Projects WHERE DProject=") + TestoSql(""), nullptr, dbOpenSnapshot);
+  EXPECT_EQ(rs->RecordCount(), 0);
+  ApriRecordset(rs, Sql("SELECT CProject FROM Projects WHERE DProject=") + TestoSql("Coperchio"), nullptr,
+                dbOpenSnapshot);
+  EXPECT_EQ(rs->RecordCount(), 1);
+  // A double quote becomes two single quotes, and an apostrophe stays a plain character.
+  EXPECT_EQ(TestoSql("Pezzo 3\" d'acciaio").Literal(), "'Pezzo 3'''' d''acciaio'");
+  t.Exec("UPDATE Projects SET DProject='L''anello' WHERE CProject=202500003");
+  ApriRecordset(rs, Sql("SELECT CProject FROM Projects WHERE DProject=") + TestoSql("L'anello"), nullptr,
+                dbOpenSnapshot);
+  EXPECT_EQ(rs->RecordCount(), 1);
+}
+
+TEST(DataSql, DayAtMidnightOrEmpty) {
+  TestDb t;
+  EXPECT_EQ(DataSql(D(2025, 12, 31, 15, 30)), "'2025-12-31 00:00:00'");
+  EXPECT_EQ(DataSql(QVariant("not a date")), "");
+  EXPECT_EQ(DataSql(QVariant()), "");
+  EXPECT_EQ(DataSqlIso(D(2025, 3, 7, 10, 0)), "'2025-03-07'");
+}
+
+TEST(DAO2ADO, MapsTheTypesAndCopiesTheRows) {
+  TestDb t;
+  Models(t);
+  t.Exec("INSERT INTO ProjectsTipo (CPrjTipo, DPrjTipo, Sigla, GestForfSempl) VALUES (3, 'Prova', 'PR', 0)");
+  RecordsetPtr dao, ado;
+  ApriRecordset(dao, "SELECT * FROM Projects ORDER BY CProject", nullptr, dbOpenSnapshot);
+  DAO2ADO(dao, ado, {}, false, false, true);
+  ASSERT_TRUE(ado);
+  EXPECT_EQ(ado->RecordCount(), 4);
+  auto type = [&](const char* f) { return ado->FieldInfo(ado->FieldIndex(f)).Type; };
+  EXPECT_EQ(type("CProject"), adBigInt);
+  EXPECT_EQ(type("CPrjTipo"), adInteger);
+  EXPECT_EQ(type("TAnag"), adInteger);
+  EXPECT_EQ(type("DtIni"), adDate);
+  EXPECT_EQ(type("DProject"), adVarChar);
+  EXPECT_EQ(type("Annot"), adVarChar);
+  EXPECT_EQ(ado->FieldInfo(ado->FieldIndex("Annot")).DefinedSize, 5000);
+  EXPECT_EQ(ado->FieldInfo(ado->FieldCount() - 1).Name, "RecStat");
+  EXPECT_EQ(ado->Value("CProject").toLongLong(), 202400001);
+  EXPECT_EQ(ado->Value("RecStat").toInt(), 0);
+  RecordsetPtr tipi;
+  ApriRecordset(dao, "SELECT * FROM ProjectsTipo", nullptr, dbOpenSnapshot);
+  DAO2ADO(dao, tipi);
+  EXPECT_EQ(tipi->FieldInfo(tipi->FieldIndex("GestForfSempl")).Type, adBoolean);
+  tipi->SetFilter("CPrjTipo=2");
+  EXPECT_EQ(tipi->Value("GestForfSempl").toBool(), true);
+  // Appending keeps the rows that were there.
+  ApriRecordset(dao, "SELECT * FROM Projects WHERE CProject=202500001", nullptr, dbOpenSnapshot);
+  DAO2ADO(dao, ado, {}, true);
+  EXPECT_EQ(ado->RecordCount(), 5);
+}
+
+TEST(DAO2ADO, NoRowsGivesTheEmptyStructure) {
+  TestDb t;
+  RecordsetPtr dao, ado;
+  ApriRecordset(dao, "SELECT * FROM ProjectsDisp WHERE CProject=0", nullptr, dbOpenSnapshot);
+  DAO2ADO(dao, ado);
+  ASSERT_TRUE(ado);
+  EXPECT_EQ(ado->RecordCount(), 0);
+  EXPECT_EQ(ado->FieldCount(), 12);
+  EXPECT_GE(ado->FieldIndex("NStampa"), 0);
+}
+
+TEST(DAO2ADO, MemoOf6000CharactersDoesNotFit) {
+  TestDb t;
+  Models(t);
+  const QString lunga(6000, QLatin1Char('x'));
+  t.db->Execute(Sql("UPDATE Projects SET Annot=") + Sql::Param(lunga) + Sql(" WHERE CProject=202500001"));
+  RecordsetPtr dao, ado;
+  ApriRecordset(dao, "SELECT * FROM Projects WHERE CProject=202500001", nullptr, dbOpenSnapshot);
+  EXPECT_EQ(dao->Value("Annot").toString().size(), 6000);
+  DAO2ADO(dao, ado);
+  // The copy fails at that row, and the failure is logged.
+  const QStringList lines = t.LogLines("Procedure", "DAO2ADO");
+  ASSERT_EQ(lines.size(), 1);
+  EXPECT_TRUE(lines.at(0).endsWith("(-2147217887)")) << lines.at(0).toStdString();
+  RecordsetPtr mem = Recordset::Create();
+  mem->Append("Annot", adVarChar, 5000);
+  mem->Open();
+  mem->AddNew();
+  try {
+    mem->SetValue("Annot", lunga);
+    FAIL() << "a text of 6000 characters went into a field of 5000";
+  } catch (const VbError& e) {
+    EXPECT_EQ(e.Number(), err::MultipleStep);
+  }
+}
+
+TEST(ErrLog, PathAndLineAsTheSystemWritesThem) {
+  TestDb t;
+  const QDateTime when = D(2026, 3, 4, 9, 5, 7);
+  EXPECT_EQ(ErrLogFile("frmModelli", "Salva", when), t.db->PathDB() + "/ErrLogs/2026/03/frmModelli_Salva.log");
+  EXPECT_TRUE(t.db->PathDB().endsWith('/'));
+  bool mostra = false;
+  ScriviErrLog("frmModelli", "Salva", "Division by zero (11)", mostra);
+  ScriviErrLog("frmModelli", "Salva", "Type mismatch (13)", mostra);
+  const QStringList lines = t.LogLines("frmModelli", "Salva");
+  ASSERT_EQ(lines.size(), 2);
+  const QRegularExpression shape("^\\d\\d \\d\\d:\\d\\d:\\d\\d - Salva: Division by zero \\(11\\)$");
+  EXPECT_TRUE(shape.match(lines.at(0)).hasMatch()) << lines.at(0).toStdString();
+  EXPECT_TRUE(lines.at(1).endsWith(" - Salva: Type mismatch (13)"));
+  EXPECT_TRUE(lines.at(0).startsWith(Format(Now(), "dd ")));
+  EXPECT_TRUE(t.messages->asked.empty());
+}
+
+TEST(ErrLog, GuardLogsAndGoesOn) {
+  TestDb t;
+  Guard g("ModTest", "Prova");
+  int after = 0;
+  g([&] { Raise(err::DivisionByZero); });
+  g([&] { after = 1; });
+  EXPECT_TRUE(g.If([&] { return CDbl(QVariant()) > 0; }));  // a failed test enters its block
+  EXPECT_EQ(after, 1);
+  const QStringList lines = t.LogLines("ModTest", "Prova");
+  ASSERT_EQ(lines.size(), 2);
+  EXPECT_TRUE(lines.at(0).endsWith("Prova: Division by zero (11)"));
+  EXPECT_TRUE(lines.at(1).endsWith("Prova: Invalid use of Null (94)"));
+  Guard silent("ModTest", "Zitto", Guard::Silent);
+  silent([&] { Raise(err::TypeMismatch); });
+  EXPECT_EQ(silent.LastNumber(), 13);
+  EXPECT_TRUE(t.LogLines("ModTest", "Zitto").isEmpty());
+}
+
+TEST(ErrLog, FailureOnAFolderThatCannotBeWrittenIsSilent) {
+  TestDb t;
+  // A file where the folder should be: no folder can be made under it.
+  QFile blocco(t.Path() + "/blocco");
+  ASSERT_TRUE(blocco.open(QIODevice::WriteOnly));
+  blocco.close();
+  gPathDB = t.Path() + "/blocco/";
+  bool mostra = false;
+  ScriviErrLog("Procedure", "QueryExe", "x (1)", mostra);
+  EXPECT_FALSE(QFileInfo(gPathDB + "/ErrLogs").exists());
+  EXPECT_TRUE(t.messages->asked.empty());
+}
+
+TEST(EsisteCartella, CreatesEveryLevel) {
+  TestDb t;
+  const QString p = t.Path() + "/a/b/c";
+  EXPECT_FALSE(EsisteCartella(p));
+  EXPECT_TRUE(EsisteCartella(p, true));
+  EXPECT_TRUE(QFileInfo(p).isDir());
+  // A path that can never be made still answers true, and the log writer then fails silently.
+  EXPECT_TRUE(EsisteCartella("/proc/nessuna/cartella", true));
+  EXPECT_FALSE(QFileInfo("/proc/nessuna/cartella").exists());
+  gPathDB = "/proc/nessuna/";
+  bool mostra = false;
+  ScriviErrLog("Procedure", "Prova", "x (1)", mostra);
+  EXPECT_TRUE(t.messages->asked.empty());
+  EXPECT_TRUE(EsisteFile(t.db->Name()));
+  EXPECT_FALSE(EsisteFile(t.Path()));
+}
+
+TEST(Environment, IndexFromOneAndZeroFails) {
+  qputenv("PRESTKT_PROVA_ENV", "valore=uno");
+  const int i = GetEnvironIdx("prestkt_prova_env");
+  ASSERT_GT(i, 0);
+  EXPECT_EQ(Environ(i), "PRESTKT_PROVA_ENV=valore=uno");
+  EXPECT_EQ(GetEnvironIdx("PRESTKT_NESSUNA_VARIABILE"), 0);
+  TestDb t;
+  Guard g("ModTest", "Ambiente");
+  QString letto = "prima";
+  g([&] { letto = Environ(GetEnvironIdx("PRESTKT_NESSUNA_VARIABILE")); });
+  EXPECT_EQ(letto, "prima");
+  EXPECT_EQ(g.LastNumber(), err::InvalidProcedureCall);
+  EXPECT_EQ(t.LogLines("ModTest", "Ambiente").size(), 1);
+}
+
+TEST(Config, ReaderAndWriterNameTheSameFile) {
+  TestDb t;
+  gCurUtente = 3;
+  EXPECT_EQ(LeggiConfig(true, "Magnify"), "");
+  ScriviConfig(true, "Magnify", "18");
+  ScriviConfig(false, "PrestKT_PercRicMin", "0.25");
+  EXPECT_EQ(LeggiConfig(true, "MAGNIFY"), "18");
+  EXPECT_EQ(LeggiConfig(false, "PrestKT_PercRicMin"), "0.25");
+  EXPECT_TRUE(QFile::exists(t.db->PathDB() + "Vorn.def"));
+  gCurUtente = 4;
+  EXPECT_EQ(LeggiConfig(true, "Magnify"), "");
+  ScriviConfig(false, "Lunga", QString(300, QLatin1Char('z')));
+  EXPECT_EQ(LeggiConfig(false, "Lunga").size(), 255);
+}
+
+TEST(Config, PriceSettingsFallBackOnlyWhenTheSumIsZero) {
+  TestDb t;
+  {
+    // A fresh installation: each key fails its conversion once, and the fallback follows.
+    Guard g("ModTest", "Impostazioni");
+    const ImpostazioniPrezzo v = LeggiImpostazioniPrezzo(g, kFallbackCalcolo);
+    EXPECT_EQ(v.PercRicLExt, 0.5);
+    EXPECT_EQ(v.PercRicMin, 0.2);
+    EXPECT_EQ(v.CoeffStd, 5);
+    EXPECT_EQ(v.CoeffRange, 1);
+    EXPECT_EQ(g.Failures(), 4);
+    EXPECT_EQ(t.LogLines("ModTest", "Impostazioni").size(), 4);
+    const ImpostazioniPrezzo s = LeggiImpostazioniPrezzo(g, kFallbackImpostazioni);
+    EXPECT_EQ(s.CoeffStd, 1);
+    EXPECT_EQ(s.CoeffRange, 5);
+  }
+  {
+    // One key set and three missing: the one value and three zeros.
+    ScriviConfig(false, "PrestKT_PercRicMin", "0,3");
+    Guard g("ModTest", "Impostazioni", Guard::Silent);
+    const ImpostazioniPrezzo v = LeggiImpostazioniPrezzo(g, kFallbackCalcolo);
+    EXPECT_EQ(v.PercRicLExt, 0);
+    EXPECT_DOUBLE_EQ(v.PercRicMin, 0.3);
+    EXPECT_EQ(v.CoeffStd, 0);
+    EXPECT_EQ(v.CoeffRange, 0);
+  }
+  {
+    // All four saved as 0: the zeros can't be held.
+    for (const char* k : {"PrestKT_PercRicLExt", "PrestKT_PercRicMin", "PrestKT_CoeffStd", "PrestKT_CoeffRange"})
+      ScriviConfig(false, k, "0");
+    Guard g("ModTest", "Impostazioni", Guard::Silent);
+    const ImpostazioniPrezzo v = LeggiImpostazioniPrezzo(g, kFallbackCalcolo);
+    EXPECT_EQ(v.PercRicLExt, 0.5);
+    EXPECT_EQ(g.Failures(), 0);
+  }
+  {
+    // A negative value that makes the sum exactly 0 triggers the fallback as well.
+    ScriviConfig(false, "PrestKT_PercRicLExt", "-2");
+    ScriviConfig(false, "PrestKT_CoeffStd", "2");
+    Guard g("ModTest", "Impostazioni", Guard::Silent);
+    const ImpostazioniPrezzo v = LeggiImpostazioniPrezzo(g, kFallbackCalcolo);
+    EXPECT_EQ(v.PercRicLExt, 0.5);
+    EXPECT_EQ(v.CoeffStd, 5);
+  }
+}
+
+TEST(ADO2ADO, CopiesUnderAFilterAndRestoresTheSource) {
+  TestDb t;
+  auto src = Recordset::Create();
+  src->Append("N", adInteger, 4);
+  src->Append("T", adVarChar, 20);
+  src->Open();
+  for (int i = 1; i <= 5; ++i) {
+    src->AddNew();
+    src->SetValue("N", i);
+    src->SetValue("T", QString("riga %1").arg(i));
+    src->Update();
+  }
+  src->SetFilter("N>1");
+  RecordsetPtr dst;
+  ADO2ADO(src, dst, true, false, QVariant("N<=2"));
+  ASSERT_TRUE(dst);
+  EXPECT_EQ(dst->RecordCount(), 2);
+  EXPECT_EQ(src->Filter(), "N>1");
+  EXPECT_EQ(src->RecordCount(), 4);
+  // A structure-only copy: a filter that takes nothing.
+  RecordsetPtr vuota;
+  ADO2ADO(src, vuota, true, false, QVariant("N=0"));
+  EXPECT_EQ(vuota->RecordCount(), 0);
+  EXPECT_EQ(vuota->FieldCount(), 2);
+  EXPECT_EQ(vuota->FieldInfo(1).DefinedSize, 20);
+  // Replacing: the rows under the filter go first.
+  ADO2ADO(src, dst, true, true, QVariant("N=2"), true);
+  dst->SetFilter("N=2");
+  EXPECT_EQ(dst->RecordCount(), 1);
+  dst->SetFilter("");
+  EXPECT_EQ(dst->RecordCount(), 2);
+}
+
+TEST(ADO2DAO, CreatesTheTableWithKeyAndAppendsRowByRow) {
+  TestDb t(false);
+  EXPECT_FALSE(TabellaEsiste("ProjectsDocDettPrest"));
+  auto rs = Recordset::Create();
+  rs->Append("TipoDoc", adTinyInt, 1);
+  rs->Append("NDoc", adBigInt, 8);
+  rs->Append("RigaD", adInteger, 4);
+  rs->Append("SubRiga", adInteger, 4);
+  rs->Append("CPrestazione", adInteger, 4);
+  rs->Open();
+  EXPECT_TRUE(ADO2DAO(rs, "ProjectsDocDettPrest", false, {"TipoDoc", "NDoc", "RigaD", "SubRiga"}));
+  EXPECT_TRUE(TabellaEsiste("projectsdocdettprest"));
+  for (int i = 1; i <= 3; ++i) {
+    rs->AddNew();
+    rs->SetValue("TipoDoc", 12);
+    rs->SetValue("NDoc", 5);
+    rs->SetValue("RigaD", 1);
+    rs->SetValue("SubRiga", i == 3 ? 1 : i);  // the third repeats the key of the first
+    rs->SetValue("CPrestazione", 10 + i);
+    rs->Update();
+  }
+  EXPECT_TRUE(ADO2DAO(rs, "ProjectsDocDettPrest", true));
+  // The failing row is logged and the others stay written.
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM ProjectsDocDettPrest").toInt(), 2);
+  EXPECT_EQ(t.LogLines("ModADO", "ADO2DAO").size(), 1);
+  EXPECT_EQ(t.db->TransactionDepth(), 0);
+}
+
+TEST(ScriviXML, NothingLeavesAnOlderFileInPlace) {
+  TestDb t;
+  const QString file = t.Path() + "/dati.xml";
+  QFile f(file);
+  ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+  f.write("vecchio");
+  f.close();
+  EXPECT_FALSE(ScriviXML(nullptr, file, true));
+  ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+  EXPECT_EQ(f.readAll(), QByteArray("vecchio"));
+  f.close();
+
+  auto rs = Recordset::Create();
+  rs->Append("N", adInteger, 4);
+  rs->Open();
+  for (int i = 1; i <= 3; ++i) {
+    rs->AddNew();
+    rs->SetValue("N", i);
+    rs->Update();
+  }
+  rs->SetFilter("N=2");
+  EXPECT_TRUE(ScriviXML(rs, file, true));
+  EXPECT_EQ(rs->Filter(), "N=2");
+  ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+  QXmlStreamReader xml(&f);
+  int rows = 0;
+  while (!xml.atEnd())
+    if (xml.readNext() == QXmlStreamReader::StartElement && xml.qualifiedName() == QLatin1String("z:row")) ++rows;
+  EXPECT_EQ(rows, 3);
+}
