@@ -1,6 +1,7 @@
 #include "OCPrestKT.h"
 
 #include <QDir>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
@@ -15,7 +16,6 @@ namespace prestkt {
 namespace {
 
 const QString kModulo = QStringLiteral("OCPrestKT");
-constexpr int kTwipsPerPixel = 15;
 
 QString Codice9(const QVariant& v) { return Format(v, QStringLiteral("000000000")); }
 
@@ -27,8 +27,13 @@ OCPrestKT::OCPrestKT(QWidget* parent) : QWidget(parent) {
 }
 
 OCPrestKT::~OCPrestKT() {
-  // The icon is the component's to release; the database stays the host's.
+  // The icon is the component's to release. The database stays open: the
+  // component drops only its own references to it and to what it read.
   gIcona = QIcon();
+  gRcsProjects.reset();
+  for (RecordsetPtr* p : {&gRcsDisp, &gRcsDispDett, &gRcsProd, &gRcsAct, &gRcsLavExt, &gRcsForn}) p->reset();
+  if (gOcxEventS == ocxEventS_) gOcxEventS.reset();
+  gDB.reset();
 }
 
 void OCPrestKT::BuildSurface() {
@@ -79,6 +84,7 @@ void OCPrestKT::BuildSurface() {
   main->addLayout(top);
   main->addWidget(ListView1, 1);
   ListView1->setVisible(false);  // shown by Timer1 once the host has laid out its form
+  ListView1->installEventFilter(this);
 
   mnuTD = new QMenu(this);
   mnuTD->setObjectName(QStringLiteral("mnuTD"));
@@ -301,6 +307,12 @@ void OCPrestKT::resizeEvent(QResizeEvent* e) {
   AdattaColonne();
 }
 
+bool OCPrestKT::eventFilter(QObject* o, QEvent* e) {
+  // The list's own size, once the layout has given it, decides the two wide columns.
+  if (o == ListView1 && (e->type() == QEvent::Resize || e->type() == QEvent::Show)) AdattaColonne();
+  return QWidget::eventFilter(o, e);
+}
+
 // ---------------------------------------------------------------- the register
 
 void OCPrestKT::ImpostaColonne() {
@@ -318,7 +330,7 @@ void OCPrestKT::ImpostaColonne() {
 
 void OCPrestKT::AdattaColonne() {
   if (ListView1->ColumnCount() <= 3) return;
-  const int larghezza = ListView1->width() * kTwipsPerPixel;
+  const int larghezza = ListView1->WidthTwips();
   ListView1->SetColumnWidth(3, std::max(static_cast<int>(larghezza * 0.20), 2500));
   if (ListView1->ColumnCount() >= 7) ListView1->SetColumnWidth(6, std::max(static_cast<int>(larghezza * 0.25), 3000));
 }

@@ -87,6 +87,7 @@ class OCPrestKT : public QWidget {
 
  protected:
   void resizeEvent(QResizeEvent* e) override;
+  bool eventFilter(QObject* o, QEvent* e) override;
 
  private:
   void BuildSurface();

@@ -47,7 +47,7 @@ class OCPrestKTClass : public QObject {
   void ClosePrg();
 };
 
-using OCPrestKTClassPtr = std::shared_ptr<OCPrestKTClass>;
+using OCPrestKTClassPtr = Ref<OCPrestKTClass>;
 
 // The relay from the screens to the host (DBConn) and from the host to the open card (the card).
 inline OCPrestKTClassPtr gOcxEventS;

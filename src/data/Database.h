@@ -117,6 +117,6 @@ class Database {
   int statements_ = 0;
 };
 
-using DatabasePtr = std::shared_ptr<Database>;
+using DatabasePtr = Ref<Database>;
 
 }  // namespace prestkt

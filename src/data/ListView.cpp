@@ -119,9 +119,19 @@ void ListView::Refresh() {
   ApplyColumns();
 }
 
+// Widths are stated in twips for the narrow font of the old screens; a wider
+// font widens the columns in proportion, so that dates and codes still fit.
+double ListView::Scala() const {
+  return std::max(1.0, fontMetrics().horizontalAdvance(QLatin1Char('0')) / 5.5);
+}
+
+int ListView::Pixels(int twips) const { return static_cast<int>(twips / kTwipsPerPixel * Scala()); }
+
+int ListView::WidthTwips() const { return static_cast<int>(width() * kTwipsPerPixel / Scala()); }
+
 void ListView::ApplyColumns() {
   for (size_t i = 0; i < model_->columns_.size(); ++i)
-    setColumnWidth(static_cast<int>(i), model_->columns_[i].widthTwips / kTwipsPerPixel);
+    setColumnWidth(static_cast<int>(i), Pixels(model_->columns_[i].widthTwips));
 }
 
 void ListView::ClearColumns() {
@@ -156,7 +166,7 @@ void ListView::SetColumnWidth(int column, int twips) {
   if (column < 0 || column >= ColumnCount()) Raise(kElementNotFound, QStringLiteral("Element not found"));
   if (twips < 0) Raise(kInvalidPropertyValue, QStringLiteral("Invalid property value"));
   model_->columns_[column].widthTwips = twips;
-  setColumnWidth(column, twips / kTwipsPerPixel);
+  setColumnWidth(column, Pixels(twips));
 }
 
 int ListView::ColumnAlignment(int column) const {

@@ -62,6 +62,7 @@ class ListView : public QTreeView {
   int ColumnWidth(int column) const;      // twips
   void SetColumnWidth(int column, int twips);  // a negative width raises 380
   int ColumnAlignment(int column) const;
+  int WidthTwips() const;  // the list's width in the unit of its columns
 
   // Items. Rows are 0-based; an unknown key or row raises 35601 ("Element not found").
   void ClearItems();
@@ -123,6 +124,8 @@ class ListView : public QTreeView {
   void CheckRow(int row) const;
   void Refresh();
   void ApplyColumns();
+  int Pixels(int twips) const;
+  double Scala() const;
   void RebuildKeys() const;
   void SortItems();
 

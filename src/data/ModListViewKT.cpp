@@ -8,7 +8,6 @@ namespace prestkt {
 
 namespace {
 const QString kModulo = QStringLiteral("ModListViewKT");
-constexpr int kTwipsPerPixel = 15;
 }  // namespace
 
 void ListViewReport(ListView* lista, bool spunte, const QList<QIcon>& icone, double scala) {
@@ -47,7 +46,7 @@ void ResizeList(ListView* lista, int colonna, int colonnaB, double percA, double
     for (int c = 1; c <= lista->ColumnCount(); ++c)
       if (c != colonna && c != colonnaB) somma += lista->ColumnWidth(c - 1);
     // 360 twips are the room of the scroll bar.
-    const int w = lista->width() * kTwipsPerPixel - somma - 360;
+    const int w = lista->WidthTwips() - somma - 360;
     if (colonnaB > 0) {
       const double base = percA + percB;
       lista->SetColumnWidth(colonna - 1, static_cast<int>(w * percA / base));

@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "Ref.h"
 #include "Vb.h"
 
 namespace prestkt {
@@ -61,13 +62,13 @@ class WriteCursor {
 };
 
 class Recordset;
-using RecordsetPtr = std::shared_ptr<Recordset>;
+using RecordsetPtr = Ref<Recordset>;
 
 class Recordset {
  public:
   Recordset();
   ~Recordset();
-  static RecordsetPtr Create() { return std::make_shared<Recordset>(); }
+  static RecordsetPtr Create() { return RecordsetPtr(std::make_shared<Recordset>()); }
 
   // Structure. Fields are appended before Open; Open makes the recordset usable.
   void Append(const QString& name, int type, int definedSize = 0,
