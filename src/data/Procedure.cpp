@@ -217,8 +217,10 @@ void DAO2ADO(const RecordsetPtr& rsDAO, RecordsetPtr& rsADO, const Progress& pro
   });
   if (!mostra) {
     g([&] {
-      // Fields are copied by name; the mapping is resolved once for all rows.
+      // Fields are copied by name; the mapping is resolved once, and the rows
+      // go in as one block. A value that does not fit stops the copy at its row.
       const auto& from = rsDAO->FieldDefs();
+      const auto& to = rsADO->FieldDefs();
       std::vector<int> target(from.size());
       for (size_t i = 0; i < from.size(); ++i) {
         target[i] = rsADO->FieldIndex(from[i].Name);
@@ -226,15 +228,22 @@ void DAO2ADO(const RecordsetPtr& rsDAO, RecordsetPtr& rsADO, const Progress& pro
       }
       const int recStatIndex = recStat ? rsADO->FieldIndex(QStringLiteral("RecStat")) : -1;
       if (progress) progress(0, count);
-      int n = 0;
-      for (rsDAO->MoveFirst(); !rsDAO->Eof(); rsDAO->MoveNext()) {
-        rsADO->AddNew();
-        for (size_t i = 0; i < from.size(); ++i)
-          if (target[i] >= 0) rsADO->SetValue(target[i], rsDAO->Value(static_cast<int>(i)));
-        if (recStatIndex >= 0) rsADO->SetValue(recStatIndex, 0);
-        rsADO->Update();
-        if (progress) progress(++n, count);
+      std::vector<Row> rows;
+      rows.reserve(count);
+      try {
+        for (rsDAO->MoveFirst(); !rsDAO->Eof(); rsDAO->MoveNext()) {
+          Row r(to.size());
+          for (size_t i = 0; i < from.size(); ++i)
+            if (target[i] >= 0) r[target[i]] = Recordset::FitValue(to[target[i]], rsDAO->Value(static_cast<int>(i)));
+          if (recStatIndex >= 0) r[recStatIndex] = 0;
+          rows.push_back(std::move(r));
+          if (progress) progress(static_cast<int>(rows.size()), count);
+        }
+      } catch (...) {
+        rsADO->AppendRows(std::move(rows));
+        throw;
       }
+      rsADO->AppendRows(std::move(rows));
     });
   }
   g([&] {

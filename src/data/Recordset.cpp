@@ -271,6 +271,8 @@ struct Recordset::Impl {
   }
 };
 
+QVariant Recordset::FitValue(const FieldDef& f, const QVariant& v) { return ToField(f, v); }
+
 Recordset::Recordset() : store_(std::make_shared<Store>()), d_(std::make_unique<Impl>()) {}
 Recordset::~Recordset() = default;
 

@@ -142,6 +142,8 @@ class Recordset {
 
   // Bulk append of rows already in the field order and types (used by copies).
   void AppendRows(std::vector<Row>&& rows);
+  // The value as field f holds it; raises -2147217887 when it does not fit.
+  static QVariant FitValue(const FieldDef& f, const QVariant& v);
 
   // Database side.
   void SetWriteCursor(std::shared_ptr<WriteCursor> cursor);

@@ -310,12 +310,31 @@ QString DateToStorage(const QDateTime& d) {
   return d.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }
 
+// Read digit by digit: this runs for every date of every row read from the database.
 QDateTime DateFromStorage(const QString& s) {
-  if (s.size() == 19 && s.at(4) == QLatin1Char('-') && s.at(10) == QLatin1Char(' '))
-    return QDateTime::fromString(s, QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-  if (s.size() == 10 && s.at(4) == QLatin1Char('-') && s.at(7) == QLatin1Char('-'))
-    return QDateTime(QDate::fromString(s, QStringLiteral("yyyy-MM-dd")), QTime(0, 0));
-  return {};
+  const int n = static_cast<int>(s.size());
+  if (n != 19 && n != 10) return {};
+  auto num = [&](int from, int len, int* out) {
+    int v = 0;
+    for (int i = from; i < from + len; ++i) {
+      const ushort c = s.at(i).unicode();
+      if (c < '0' || c > '9') return false;
+      v = v * 10 + (c - '0');
+    }
+    *out = v;
+    return true;
+  };
+  int y, mo, d, h = 0, mi = 0, se = 0;
+  if (s.at(4) != QLatin1Char('-') || s.at(7) != QLatin1Char('-')) return {};
+  if (!num(0, 4, &y) || !num(5, 2, &mo) || !num(8, 2, &d)) return {};
+  if (n == 19) {
+    if (s.at(10) != QLatin1Char(' ') || s.at(13) != QLatin1Char(':') || s.at(16) != QLatin1Char(':')) return {};
+    if (!num(11, 2, &h) || !num(14, 2, &mi) || !num(17, 2, &se)) return {};
+  }
+  const QDate date(y, mo, d);
+  const QTime time(h, mi, se);
+  if (!date.isValid() || !time.isValid()) return {};
+  return QDateTime(date, time);
 }
 
 }  // namespace prestkt
