@@ -285,6 +285,16 @@ void OCPrestKT::ConnectRelay() {
   connect(r, &OCPrestKTClass::ReloadDataInCtrl, this, &OCPrestKT::ReloadDataInCtrl, Qt::DirectConnection);
 }
 
+void OCPrestKT::ChAnagInModelli(QVariant& vTAnagS, QVariant& vCAnagS) { gOcxEventCard->ChAnagInMod(vTAnagS, vCAnagS); }
+
+void OCPrestKT::ChAnagInDocs(QVariant& vTAnagS, QVariant& vCAnagS, QString& tipo) {
+  gOcxEventCard->ChAnagInDoc(vTAnagS, vCAnagS, tipo);
+}
+
+void OCPrestKT::ChTipoPrjModelli(QVariant& vCTipoPrj) { gOcxEventCard->ChProjInMod(vCTipoPrj); }
+
+void OCPrestKT::ChTipoPrjDisp(QVariant& vCTipoDispPrj) { gOcxEventCard->ChProjInDisp(vCTipoDispPrj); }
+
 void OCPrestKT::ReloadDataInCtrl(int& cProject) {
   AggiornaModello(cProject, gRcsProjects);
   CaricaList();

@@ -60,6 +60,13 @@ class OCPrestKT : public QWidget {
               int initialTAnag = 0, bool chronoMode = false);
   void Elimina();
 
+  // The host's answers, forwarded to the open card. With no card open the
+  // call fails back to the host (VbError 91): these have no handler.
+  void ChAnagInModelli(QVariant& vTAnagS, QVariant& vCAnagS);
+  void ChAnagInDocs(QVariant& vTAnagS, QVariant& vCAnagS, QString& tipo);
+  void ChTipoPrjModelli(QVariant& vCTipoPrj);
+  void ChTipoPrjDisp(QVariant& vCTipoDispPrj);
+
   // The register.
   void CaricaList();
   bool CanClose(int& cProject);

@@ -270,12 +270,7 @@ void Database::InstallFunctions() {
 
 namespace {
 
-struct Statement {
-  sqlite3_stmt* st = nullptr;
-  ~Statement() {
-    if (st) sqlite3_finalize(st);
-  }
-};
+
 
 [[noreturn]] void RaiseEngine(sqlite3* h, int rc, const QString& sql) {
   const QString msg = QString::fromUtf8(sqlite3_errmsg(h));
@@ -312,15 +307,30 @@ void Bind(sqlite3_stmt* st, const QVariantList& params) {
 
 }  // namespace
 
-Database::Result Database::Select(const Sql& sql) {
+struct Database::Statement {
+  sqlite3_stmt* st = nullptr;
+  ~Statement() {
+    if (st) sqlite3_finalize(st);
+  }
+};
+
+// Adapts, prepares and binds one statement of the system.
+void Database::Prepare(const Sql& sql, Statement& s, QString& text) {
   ++statements_;
-  const QString text = Adapt(sql.Text());
+  text = Adapt(sql.Text());
   sqlite3* h = H(handle_);
-  Statement s;
   const QByteArray utf8 = text.toUtf8();
-  int rc = sqlite3_prepare_v2(h, utf8.constData(), utf8.size(), &s.st, nullptr);
+  const int rc = sqlite3_prepare_v2(h, utf8.constData(), utf8.size(), &s.st, nullptr);
   if (rc != SQLITE_OK) RaiseEngine(h, rc, text);
   Bind(s.st, sql.Params());
+}
+
+Database::Result Database::Select(const Sql& sql) {
+  sqlite3* h = H(handle_);
+  Statement s;
+  QString text;
+  Prepare(sql, s, text);
+  int rc;
   Result r;
   const int n = sqlite3_column_count(s.st);
   const QStringList exprs = SelectExpressions(text);
@@ -361,14 +371,11 @@ Database::Result Database::Select(const Sql& sql) {
 }
 
 int Database::Execute(const Sql& sql) {
-  ++statements_;
-  const QString text = Adapt(sql.Text());
   sqlite3* h = H(handle_);
   Statement s;
-  const QByteArray utf8 = text.toUtf8();
-  int rc = sqlite3_prepare_v2(h, utf8.constData(), utf8.size(), &s.st, nullptr);
-  if (rc != SQLITE_OK) RaiseEngine(h, rc, text);
-  Bind(s.st, sql.Params());
+  QString text;
+  Prepare(sql, s, text);
+  int rc;
   while ((rc = sqlite3_step(s.st)) == SQLITE_ROW) {
   }
   if (rc != SQLITE_DONE) RaiseEngine(h, rc, text);

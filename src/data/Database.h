@@ -107,6 +107,8 @@ class Database {
  private:
   Database() = default;
   void InstallFunctions();
+  struct Statement;
+  void Prepare(const Sql& sql, Statement& s, QString& text);
 
   Engine engine_ = Engine::SQLite;
   QString connectionName_;
