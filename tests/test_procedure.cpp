@@ -41,6 +41,10 @@ TEST(SqlAdapt, OldDialectBecomesTheEngines) {
   EXPECT_EQ(t.db->Adapt("WHERE DtIni Between #01/31/2025# And #12/31/2025 23:59:00#"),
             "WHERE DtIni Between '2025-01-31 00:00:00' And '2025-12-31 23:59:00'");
   EXPECT_EQ(t.db->Adapt("WHERE DArt Like \"*Lavor?\""), "WHERE DArt Like '%Lavor_'");
+  EXPECT_EQ(t.db->Adapt("UPDATE Projects SET Projects.Stato = 9 WHERE (((Projects.CProject)=1)); "),
+            "UPDATE Projects SET Stato = 9 WHERE (((Projects.CProject)=1)); ");
+  EXPECT_EQ(t.db->Adapt("UPDATE DocDett SET DocDett.PzVend = 2, [DocDett].[PzVendP] = 2 WHERE DocDett.Riga=1"),
+            "UPDATE DocDett SET PzVend = 2, \"PzVendP\" = 2 WHERE DocDett.Riga=1");
   EXPECT_EQ(t.db->Adapt("SELECT \"It's\" AS X"), "SELECT 'It''s' AS X");
   const QString oggi = t.db->DateLiteral(Today().addDays(-1000));
   EXPECT_EQ(t.db->Adapt("WHERE ((Doc.Data)>Date()-1000)"), "WHERE ((Doc.Data)>" + oggi + ")");

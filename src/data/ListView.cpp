@@ -44,6 +44,9 @@ QVariant ListViewModel::data(const QModelIndex& index, int role) const {
     case Qt::ForegroundRole:
       if (it.color.isValid()) return it.color;
       return {};
+    case Qt::SizeHintRole:
+      if (it.height > 0) return QSize(-1, it.height);
+      return {};
     case Qt::FontRole:
       if (it.bold) {
         QFont f = view_->font();
@@ -277,6 +280,17 @@ QColor ListView::ItemColor(int row) const {
 void ListView::SetItemBold(int row, bool bold) {
   CheckRow(row);
   model_->items_[row].bold = bold;
+}
+
+void ListView::SetItemHeight(int row, int pixels) {
+  CheckRow(row);
+  model_->items_[row].height = pixels;
+  if (pixels > 0) setUniformRowHeights(false);
+}
+
+int ListView::ItemHeight(int row) const {
+  CheckRow(row);
+  return model_->items_[row].height;
 }
 
 bool ListView::ItemBold(int row) const {

@@ -32,6 +32,7 @@ class ListViewModel : public QAbstractTableModel {
     bool checked = false;
     QColor color;
     bool bold = false;
+    int height = 0;  // pixels; 0 for the list's own
   };
 
   explicit ListViewModel(ListView* view);
@@ -63,6 +64,8 @@ class ListView : public QTreeView {
   void SetColumnWidth(int column, int twips);  // a negative width raises 380
   int ColumnAlignment(int column) const;
   int WidthTwips() const;  // the list's width in the unit of its columns
+  int Pixels(int twips) const;
+  double Scala() const;
 
   // Items. Rows are 0-based; an unknown key or row raises 35601 ("Element not found").
   void ClearItems();
@@ -80,6 +83,8 @@ class ListView : public QTreeView {
   void SetItemColor(int row, const QColor& color);
   QColor ItemColor(int row) const;
   void SetItemBold(int row, bool bold);
+  void SetItemHeight(int row, int pixels);
+  int ItemHeight(int row) const;
   bool ItemBold(int row) const;
   void RemoveItem(int row);
   int SelectedIndex() const;  // -1 with no selection
@@ -124,8 +129,6 @@ class ListView : public QTreeView {
   void CheckRow(int row) const;
   void Refresh();
   void ApplyColumns();
-  int Pixels(int twips) const;
-  double Scala() const;
   void RebuildKeys() const;
   void SortItems();
 

@@ -1,5 +1,6 @@
 #include "ModListViewKT.h"
 
+#include <QLabel>
 #include <QScrollBar>
 
 #include "Guard.h"
@@ -66,6 +67,41 @@ void FindInList(ListView* lista, const QString& chiave) {
     if (lista->Count() > 0) lista->EnsureVisible(lista->Count() - 1);
     lista->scrollTo(lista->Model()->index(row, 0), QAbstractItemView::PositionAtTop);
     if (lista->isVisible() && lista->isEnabled()) lista->setFocus();
+  });
+}
+
+int ListViewAddLineIcon(ListView* lista, const QStringList& valori, const QString& chiave, int icona, int altezza,
+                        bool spuntata) {
+  Guard g(kModulo, QStringLiteral("ListViewAddLineIcon"));
+  int row = -1;
+  g([&] {
+    row = lista->AddItem(chiave, valori.value(0), icona);
+    for (int i = 1; i < valori.size(); ++i)
+      lista->SetSubItem(row, i, valori.at(i).isEmpty() ? QStringLiteral(" ") : valori.at(i));
+    if (altezza > 0) lista->SetItemHeight(row, lista->Pixels(altezza));
+    if (spuntata) lista->SetChecked(row, true);
+  });
+  return row;
+}
+
+void ResizeStatusBar(ListView* lista, QStatusBar* barra) {
+  Guard g(kModulo, QStringLiteral("ResizeStatusBar"));
+  g([&] {
+    for (QLabel* l : barra->findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly))
+      if (l->property("prestktPanel").toBool()) {
+        barra->removeWidget(l);
+        delete l;
+      }
+    for (int c = 0; c < lista->ColumnCount(); ++c) {
+      auto* panel = new QLabel(barra);
+      panel->setProperty("prestktPanel", true);
+      panel->setObjectName(QStringLiteral("Panel%1").arg(c + 1));
+      panel->setFixedWidth(lista->Pixels(lista->ColumnWidth(c)));
+      const int a = lista->ColumnAlignment(c);
+      panel->setAlignment((a == lvwColumnRight ? Qt::AlignRight : a == lvwColumnCenter ? Qt::AlignHCenter : Qt::AlignLeft) |
+                          Qt::AlignVCenter);
+      barra->addWidget(panel);
+    }
   });
 }
 

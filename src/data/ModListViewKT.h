@@ -4,6 +4,7 @@
 #include <QColor>
 #include <QIcon>
 #include <QList>
+#include <QStatusBar>
 #include <QStringList>
 #include <vector>
 
@@ -27,5 +28,12 @@ void FindInList(ListView* lista, const QString& chiave);
 // value shows as one blank.
 int ListViewAddLine(ListView* lista, const QStringList& valori, const QString& chiave, int icona = -1,
                     const QColor& colore = {}, bool grassetto = false, bool spuntata = false);
+
+// The same with the icon of the first column, a line height (twips, 0 for the
+// list's own) and a check state.
+int ListViewAddLineIcon(ListView* lista, const QStringList& valori, const QString& chiave, int icona,
+                        int altezza = 0, bool spuntata = false);
+// One panel of the status bar under each column, with its width and alignment.
+void ResizeStatusBar(ListView* lista, QStatusBar* barra);
 
 }  // namespace prestkt

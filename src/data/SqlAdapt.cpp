@@ -138,8 +138,22 @@ QString AdattaSql(const QString& sql, const Database& db) {
   QString out;
   out.reserve(sql.size() + 16);
   const int n = static_cast<int>(t.size());
+  const int first = NextSolid(t, 0);
+  const bool update = first >= 0 && Is(t[first], "update");
+  bool inSet = false;
   for (int i = 0; i < n; ++i) {
     const Token& k = t[i];
+    if (update && Is(k, "set")) inSet = true;
+    if (update && Is(k, "where")) inSet = false;
+    // UPDATE T SET T.F = ...: the engine wants the field alone on the left of "=".
+    if (inSet && (k.kind == Tok::Word || k.kind == Tok::Ident) && i + 2 < n && t[i + 1].text == QLatin1String(".") &&
+        (t[i + 2].kind == Tok::Word || t[i + 2].kind == Tok::Ident)) {
+      const int after = NextSolid(t, i + 3);
+      if (after > 0 && t[after].text == QLatin1String("=")) {
+        i += 1;  // drop the qualifier and its dot; the field follows
+        continue;
+      }
+    }
     switch (k.kind) {
       case Tok::Space:
       case Tok::Number:
