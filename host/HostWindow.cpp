@@ -1,23 +1,60 @@
 #include "HostWindow.h"
 
+#include <QApplication>
 #include <QDate>
 #include <QDir>
 #include <QFileInfo>
+#include <QLabel>
+#include <QLocale>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QStatusBar>
 #include <QStyle>
 
 #include "DemoData.h"
-#include "ProcedureUi.h"
+#include "HostRegistri.h"
+#include "Messages.h"
 #include "Schema.h"
+#include "VbError.h"
 
 using namespace prestkt;
 
+namespace {
+
+const QLocale& Italiano() {
+  static const QLocale l(QLocale::Italian, QLocale::Italy);
+  return l;
+}
+
+QString Giorno(const QDateTime& d) {
+  return d.isValid() ? Italiano().toString(d.date(), QStringLiteral("dd/MM/yyyy")) : QStringLiteral("(nessuna)");
+}
+
+int Codice(const QVariant& v) { return v.isValid() && !v.isNull() ? v.toInt() : 0; }
+
+}  // namespace
+
 HostWindow::HostWindow(const HostOptions& o, QWidget* parent) : QMainWindow(parent), o_(o) {
+  setObjectName(QStringLiteral("HostWindow"));
   setWindowTitle(QStringLiteral("VORN - Gestione lavorazioni"));
   setWindowIcon(style()->standardIcon(QStyle::SP_ComputerIcon));
-  InstallaMessaggiQt();
+  lblPeriodo_ = new QLabel(this);
+  lblPeriodo_->setObjectName(QStringLiteral("lblPeriodo"));
+  lblPeriodo_->setContentsMargins(8, 0, 8, 0);
+  lblSoloInserimento_ = new QLabel(QStringLiteral("Solo inserimento"), this);
+  lblSoloInserimento_->setObjectName(QStringLiteral("lblSoloInserimento"));
+  lblSoloInserimento_->setContentsMargins(8, 0, 8, 0);
+  lblSoloInserimento_->setVisible(false);
+  statusBar()->addPermanentWidget(lblSoloInserimento_);
+  statusBar()->addPermanentWidget(lblPeriodo_);
+}
+
+HostWindow::~HostWindow() {
+  // The dialogs and the component go before the database they read.
+  delete anagrafiche_;
+  delete tipiModello_;
+  delete tipiDisposizione_;
+  delete periodo_;
+  delete ctl_;
 }
 
 bool HostWindow::Open() {
@@ -28,29 +65,209 @@ bool HostWindow::Open() {
     if (nuovo) CreaDatiDemo(*db_, QDate::currentDate());
     else CreaSchema(*db_);
   } catch (const VbError& e) {
-    QMessageBox::critical(this, windowTitle(),
-                          QStringLiteral("Impossibile aprire il database %1:\n%2").arg(o_.dbFile, e.Description()));
+    MessageBoxVorn(QStringLiteral("Impossibile aprire il database %1:\n%2").arg(o_.dbFile, e.Description()),
+                   vbCritical, windowTitle());
     return false;
   }
   QDir().mkpath(o_.docs);
 
   // The order of start the component asks for: create, Initialize, the period, DBConn.
   ctl_ = new OCPrestKT(this);
+  ConnectControl();
   ctl_->Initialize();
   const QDate oggi = QDate::currentDate();
   ctl_->SetDtIni(QDateTime(QDate(oggi.year() - 2, 1, 1), QTime(0, 0)));
   ctl_->SetDTEnd(QDateTime(QDate(oggi.year(), 12, 31), QTime(0, 0)));
   ctl_->SetStatus(-1);
+  // The barcode station that works in this mode is not part of this program
+  // yet: with --only-input the host starts as usual, and the component's
+  // register is read-only (it deletes no model).
+  if (o_.onlyInput) ctl_->SetOnlyInput(true);
   ctl_->DBConn(db_, o_.user, windowIcon(), o_.docs, o_.tAnag);
   setCentralWidget(ctl_);
   BuildMenus();
-  statusBar()->showMessage(QStringLiteral("Database: %1").arg(o_.dbFile));
+  lblSoloInserimento_->setVisible(o_.onlyInput);
+  AggiornaPeriodo();
+  statusBar()->showMessage(QStringLiteral("Database: %1").arg(o_.dbFile), 10000);
   return true;
+}
+
+void HostWindow::ConnectControl() {
+  // The component waits for each answer before it goes on: direct connections.
+  constexpr auto diretta = Qt::DirectConnection;
+  connect(ctl_, &OCPrestKT::PropertyChanged, this, [this](const QString& nome) {
+    // DTEnd is announced as "DtEnd".
+    if (nome == QLatin1String("DtIni") || nome == QLatin1String("DtEnd") || nome == QLatin1String("Status"))
+      AggiornaPeriodo();
+  }, diretta);
+
+  connect(ctl_, &OCPrestKT::CallShowAnag, this, [this] {
+    Anagrafiche()->Apri(ctl_->TAnag(), ctl_->CAnag());
+  }, diretta);
+
+  connect(ctl_, &OCPrestKT::CallShowAnagMod, this, [this] {
+    Anagrafiche()->Apri(ctl_->TAnag(), 0, [this](int tAnag, int cAnag) {
+      Rispondi(QStringLiteral("Anagrafica inviata alla scheda del modello."), [&] {
+        QVariant t(tAnag);
+        QVariant c(cAnag);
+        ctl_->ChAnagInModelli(t, c);
+      });
+    });
+  }, diretta);
+
+  connect(ctl_, &OCPrestKT::CallShowAnagDoc, this, [this](QString& tipo) {
+    const QString tipoDoc = tipo;
+    Anagrafiche()->Apri(0, 0, [this, tipoDoc](int tAnag, int cAnag) {
+      Rispondi(QStringLiteral("Anagrafica inviata alla scheda del documento."), [&] {
+        QVariant t(tAnag);
+        QVariant c(cAnag);
+        QString d = tipoDoc;
+        ctl_->ChAnagInDocs(t, c, d);
+      });
+    });
+  }, diretta);
+
+  connect(ctl_, &OCPrestKT::CallShowTipol, this, [this](QVariant& vCTipoPrj) {
+    TipiModello()->Apri(Codice(vCTipoPrj), [this](int cPrjTipo) {
+      Rispondi(QStringLiteral("Tipologia inviata alla scheda del modello."), [&] {
+        QVariant v(cPrjTipo);
+        ctl_->ChTipoPrjModelli(v);
+      });
+    });
+  }, diretta);
+
+  connect(ctl_, &OCPrestKT::CallShowTipolDisp, this, [this](QVariant& vCTipoDispPrj) {
+    TipiDisposizione()->Apri(Codice(vCTipoDispPrj), [this](int cPrjDispTipo) {
+      Rispondi(QStringLiteral("Tipologia inviata alla scheda della disposizione."), [&] {
+        QVariant v(cPrjDispTipo);
+        ctl_->ChTipoPrjDisp(v);
+      });
+    });
+  }, diretta);
+
+  connect(ctl_, &OCPrestKT::ClosePrg, this, &HostWindow::Termina, diretta);
+
+  // The host's document screens are not part of this program yet: what the
+  // component sends for them is shown in the status bar.
+  connect(ctl_, &OCPrestKT::GetDataFromProjects, this,
+          [this](RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int& vRigaD, int& vMode) {
+            auto righe = [](const RecordsetPtr& rs) {
+              try {
+                return rs && rs->IsOpen() ? rs->RecordCount() : 0;
+              } catch (const VbError&) {
+                return 0;
+              }
+            };
+            Ricevuto(QStringLiteral("Dati per il documento ricevuti: %1 righe, %2 righe di dettaglio (riga %3, modo %4).")
+                         .arg(righe(rcsFD))
+                         .arg(righe(rcsFDD))
+                         .arg(vRigaD)
+                         .arg(vMode));
+          }, diretta);
+  connect(ctl_, &OCPrestKT::GetDataForFattDiff, this, [this](double& vImporto) {
+    Ricevuto(QStringLiteral("Importo per la fattura differita ricevuto: %1").arg(Italiano().toString(vImporto, 'f', 2)));
+  }, diretta);
+  connect(ctl_, &OCPrestKT::GetPZVend, this, [this](double& pzVend) {
+    Ricevuto(QStringLiteral("Prezzo ricevuto: %1").arg(Italiano().toString(pzVend, 'f', 2)));
+  }, diretta);
 }
 
 void HostWindow::BuildMenus() {
   QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
-  file->addAction(QStringLiteral("&Esci"), this, &QWidget::close);
+  file->setObjectName(QStringLiteral("mnuFile"));
+  QAction* esci = file->addAction(QStringLiteral("&Esci"), this, &QWidget::close);
+  esci->setObjectName(QStringLiteral("actEsci"));
+  esci->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+
+  QMenu* vista = menuBar()->addMenu(QStringLiteral("&Visualizza"));
+  vista->setObjectName(QStringLiteral("mnuVisualizza"));
+  QAction* periodo = vista->addAction(QStringLiteral("&Periodo e stato..."), this, &HostWindow::MostraPeriodo);
+  periodo->setObjectName(QStringLiteral("actPeriodo"));
+  periodo->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P));
+
   QMenu* modelli = menuBar()->addMenu(QStringLiteral("&Modelli"));
-  modelli->addAction(QStringLiteral("&Elimina modello selezionato"), ctl_, &OCPrestKT::Elimina);
+  modelli->setObjectName(QStringLiteral("mnuModelli"));
+  actElimina_ = modelli->addAction(QStringLiteral("&Elimina modello"), ctl_, &OCPrestKT::Elimina);
+  actElimina_->setObjectName(QStringLiteral("actElimina"));
+  actElimina_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Delete));
+  actElimina_->setStatusTip(QStringLiteral("Elimina il modello selezionato con le sue disposizioni e attività"));
+  // In only-input mode the component deletes nothing; the entry says so by being off.
+  actElimina_->setEnabled(!o_.onlyInput);
+
+  QMenu* archivi = menuBar()->addMenu(QStringLiteral("&Archivi"));
+  archivi->setObjectName(QStringLiteral("mnuArchivi"));
+  QAction* anag = archivi->addAction(QStringLiteral("&Anagrafiche..."), this, [this] { Anagrafiche()->Apri(0, 0); });
+  anag->setObjectName(QStringLiteral("actAnagrafiche"));
+  anag->setShortcut(QKeySequence(Qt::Key_F2));
+  QAction* tipi = archivi->addAction(QStringLiteral("Tipologie &modelli..."), this, [this] { TipiModello()->Apri(0); });
+  tipi->setObjectName(QStringLiteral("actTipiModello"));
+  tipi->setShortcut(QKeySequence(Qt::Key_F3));
+  QAction* disp = archivi->addAction(QStringLiteral("Tipologie &disposizioni..."), this,
+                                     [this] { TipiDisposizione()->Apri(0); });
+  disp->setObjectName(QStringLiteral("actTipiDisposizione"));
+  disp->setShortcut(QKeySequence(Qt::Key_F4));
 }
+
+vorn::AnagraficheDialog* HostWindow::Anagrafiche() {
+  if (!anagrafiche_) anagrafiche_ = new vorn::AnagraficheDialog(*db_, this);
+  return anagrafiche_;
+}
+
+vorn::TipiModelloDialog* HostWindow::TipiModello() {
+  if (!tipiModello_) tipiModello_ = new vorn::TipiModelloDialog(*db_, this);
+  return tipiModello_;
+}
+
+vorn::TipiDisposizioneDialog* HostWindow::TipiDisposizione() {
+  if (!tipiDisposizione_) tipiDisposizione_ = new vorn::TipiDisposizioneDialog(*db_, this);
+  return tipiDisposizione_;
+}
+
+vorn::PeriodoDialog* HostWindow::Periodo() {
+  if (!periodo_) periodo_ = new vorn::PeriodoDialog(this);
+  return periodo_;
+}
+
+void HostWindow::MostraPeriodo() {
+  Periodo()->Apri(ctl_->DtIni().date(), ctl_->DTEnd().date(), ctl_->Status(),
+                  [this](const QDate& dal, const QDate& al, int stato) { ApplicaPeriodo(dal, al, stato); });
+}
+
+void HostWindow::ApplicaPeriodo(const QDate& dal, const QDate& al, int stato) {
+  ctl_->SetDtIni(QDateTime(dal, QTime(0, 0)));
+  ctl_->SetDTEnd(QDateTime(al, QTime(0, 0)));
+  ctl_->SetStatus(stato);
+}
+
+QString HostWindow::TestoPeriodo() const {
+  if (!ctl_) return {};
+  return QStringLiteral("Periodo: dal %1 al %2   Stato: %3")
+      .arg(Giorno(ctl_->DtIni()), Giorno(ctl_->DTEnd()), vorn::NomeStato(ctl_->Status()));
+}
+
+void HostWindow::AggiornaPeriodo() { lblPeriodo_->setText(TestoPeriodo()); }
+
+void HostWindow::Rispondi(const QString& fatto, const std::function<void()>& invio) {
+  try {
+    invio();
+    statusBar()->showMessage(fatto, 5000);
+  } catch (const VbError& e) {
+    if (e.Number() == err::ObjectNotSet && !gOcxEventCard)
+      MessageBoxVorn(QStringLiteral("Nessuna scheda aperta a cui inviare la scelta."), vbExclamation);
+    else
+      MessageBoxVorn(QStringLiteral("La scheda non ha potuto ricevere la scelta:\n%1 (%2)")
+                         .arg(e.Description())
+                         .arg(e.Number()),
+                     vbExclamation);
+  }
+}
+
+void HostWindow::Termina() {
+  uscitaRichiesta_ = true;
+  for (QDialog* d : std::initializer_list<QDialog*>{anagrafiche_, tipiModello_, tipiDisposizione_, periodo_})
+    if (d) d->reject();
+  close();
+  QCoreApplication::exit(0);
+}
+
+void HostWindow::Ricevuto(const QString& testo) { statusBar()->showMessage(testo); }

@@ -1,29 +1,75 @@
 #pragma once
 // The main window of the demo host: it opens the database, places the
-// component and answers what the component asks of its host.
+// component and answers what the component asks of its host: its registers of
+// parties and types, the choices sent back to the open card, the end of the
+// program, and the data meant for the host's documents.
 #include <QMainWindow>
+#include <QPointer>
+#include <functional>
 
 #include "Database.h"
 #include "OCPrestKT.h"
+
+class QLabel;
+class QAction;
+
+namespace vorn {
+class AnagraficheDialog;
+class PeriodoDialog;
+class TipiDisposizioneDialog;
+class TipiModelloDialog;
+}  // namespace vorn
 
 struct HostOptions {
   QString dbFile;
   QString docs;
   int user = 1;
-  int tAnag = 1;
+  int tAnag = 1;           // the party type handed to DBConn
+  bool onlyInput = false;  // the component's OnlyInput, set before DBConn
 };
 
 class HostWindow : public QMainWindow {
   Q_OBJECT
  public:
   explicit HostWindow(const HostOptions& o, QWidget* parent = nullptr);
+  ~HostWindow() override;
   bool Open();
   prestkt::OCPrestKT* Control() const { return ctl_; }
 
+  // The host's registers and the dialog of the period, made on first use and
+  // kept for the next; each is a child of the window, found by its objectName too.
+  vorn::AnagraficheDialog* Anagrafiche();
+  vorn::TipiModelloDialog* TipiModello();
+  vorn::TipiDisposizioneDialog* TipiDisposizione();
+  vorn::PeriodoDialog* Periodo();
+
+  // Opens the dialog of the period and state on the component's values.
+  void MostraPeriodo();
+  // Hands a period and a state to the component, which reloads its register.
+  void ApplicaPeriodo(const QDate& dal, const QDate& al, int stato);
+  // The period and state as the status bar shows them.
+  QString TestoPeriodo() const;
+  // Set once the component has asked the program to end.
+  bool UscitaRichiesta() const { return uscitaRichiesta_; }
+
  private:
   void BuildMenus();
+  void ConnectControl();
+  void AggiornaPeriodo();
+  // Sends a choice to the open card; a failure of the call is told to the user.
+  void Rispondi(const QString& fatto, const std::function<void()>& invio);
+  void Termina();
+  void Ricevuto(const QString& testo);
 
   HostOptions o_;
   prestkt::DatabasePtr db_;
   prestkt::OCPrestKT* ctl_ = nullptr;
+  QLabel* lblPeriodo_;
+  QLabel* lblSoloInserimento_;
+  QAction* actElimina_ = nullptr;
+  QPointer<vorn::AnagraficheDialog> anagrafiche_;
+  QPointer<vorn::TipiModelloDialog> tipiModello_;
+  QPointer<vorn::TipiDisposizioneDialog> tipiDisposizione_;
+  QPointer<vorn::PeriodoDialog> periodo_;
+  bool uscitaRichiesta_ = false;
 };

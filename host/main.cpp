@@ -10,6 +10,7 @@
 #include <cstdio>
 
 #include "HostWindow.h"
+#include "ProcedureUi.h"
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
@@ -33,16 +34,28 @@ int main(int argc, char** argv) {
   QCommandLineOption optUser(QStringLiteral("user"), QStringLiteral("Numero dell'utente."), QStringLiteral("N"), QStringLiteral("1"));
   QCommandLineOption optTAnag(QStringLiteral("tanag"), QStringLiteral("Tipo anagrafica dei clienti."), QStringLiteral("N"),
                               QStringLiteral("1"));
+  QCommandLineOption optOnlyInput(QStringLiteral("only-input"),
+                                  QStringLiteral("Avvia il componente in solo inserimento (registro in sola lettura)."));
   QCommandLineOption optShot(QStringLiteral("screenshot"), QStringLiteral("Salva un'immagine della finestra ed esce."),
                              QStringLiteral("FILE"));
-  p.addOptions({optDb, optDocs, optUser, optTAnag, optShot});
+  p.addOptions({optDb, optDocs, optUser, optTAnag, optOnlyInput, optShot});
   p.process(app);
 
   HostOptions o;
   o.dbFile = QFileInfo(p.value(optDb)).absoluteFilePath();
   o.docs = p.isSet(optDocs) ? p.value(optDocs) : QFileInfo(o.dbFile).absolutePath() + QStringLiteral("/documenti");
-  o.user = p.value(optUser).toInt();
-  o.tAnag = p.value(optTAnag).toInt();
+  bool okUser = false;
+  bool okTAnag = false;
+  o.user = p.value(optUser).toInt(&okUser);
+  o.tAnag = p.value(optTAnag).toInt(&okTAnag);
+  if (!okUser || !okTAnag) {
+    std::fprintf(stderr, "%s: --user e --tanag vogliono un numero intero\n", qPrintable(QApplication::applicationName()));
+    return 2;
+  }
+  o.onlyInput = p.isSet(optOnlyInput);
+
+  // Messages of the component and of the host: Qt dialogs with Italian buttons.
+  prestkt::InstallaMessaggiQt();
 
   HostWindow w(o);
   if (!w.Open()) return 1;

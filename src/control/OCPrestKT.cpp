@@ -375,21 +375,27 @@ void OCPrestKT::CaricaList() {
   g([&] { rs->SetFilter(f); });
   g([&] { rs->SetSort(QStringLiteral("CProject DESC")); });
   g([&] {
-    const int iProject = rs->FieldIndex(QStringLiteral("CProject"));
-    const int iDtIni = rs->FieldIndex(QStringLiteral("DtIni"));
-    const int iRagSoc = rs->FieldIndex(QStringLiteral("RagSoc1"));
-    const int iDProject = rs->FieldIndex(QStringLiteral("DProject"));
-    const int iTipo = rs->FieldIndex(QStringLiteral("DPrjTipo"));
-    const int iAnnot = rs->FieldIndex(QStringLiteral("Annot"));
-    for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
-      const QVariant cp = rs->Value(iProject);
-      ListViewAddLine(ListView1,
-                      {QString(), Format(cp, QStringLiteral("0000-00000")),
-                       Format(rs->Value(iDtIni), QStringLiteral("dd/mm/yyyy")), NullToStr(rs->Value(iRagSoc)),
-                       NullToStr(rs->Value(iDProject)), iTipo >= 0 ? NullToStr(rs->Value(iTipo)) : QString(),
-                       NullToStr(rs->Value(iAnnot))},
-                      QStringLiteral("K") + Codice9(cp));
-    }
+    // The values of the lines are taken once; their texts are made when shown.
+    const int campi[] = {rs->FieldIndex(QStringLiteral("CProject")), rs->FieldIndex(QStringLiteral("DtIni")),
+                         rs->FieldIndex(QStringLiteral("RagSoc1")),  rs->FieldIndex(QStringLiteral("DProject")),
+                         rs->FieldIndex(QStringLiteral("DPrjTipo")), rs->FieldIndex(QStringLiteral("Annot"))};
+    constexpr int n = 6;
+    auto valori = std::make_shared<std::vector<QVariant>>();
+    valori->reserve(static_cast<size_t>(rs->RecordCount()) * n);
+    for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext())
+      for (int c : campi) valori->push_back(c >= 0 ? rs->Value(c) : QVariant());
+    ListViewAddLines(
+        ListView1, static_cast<int>(valori->size() / n),
+        [valori](int line, int column) -> QString {
+          const QVariant* v = valori->data() + static_cast<size_t>(line) * n;
+          switch (column) {
+            case 0: return QString();
+            case 1: return Format(v[0], QStringLiteral("0000-00000"));
+            case 2: return Format(v[1], QStringLiteral("dd/mm/yyyy"));
+            default: return column <= 6 ? NullToStr(v[column - 1]) : QString();
+          }
+        },
+        [valori](int line) { return QStringLiteral("K") + Codice9(valori->at(static_cast<size_t>(line) * n)); });
   });
   g([&] { ListView1->setVisible(visibile); });
 }

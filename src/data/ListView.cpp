@@ -34,7 +34,7 @@ QVariant ListViewModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
-      return c < it.texts.size() ? it.texts.at(c) : QString();
+      return view_->Text(index.row(), c);
     case Qt::CheckStateRole:
       if (c == 0 && view_->checkboxes_) return it.checked ? Qt::Checked : Qt::Unchecked;
       return {};
@@ -180,6 +180,8 @@ int ListView::ColumnAlignment(int column) const {
 void ListView::ClearItems() {
   model_->beginResetModel();
   model_->items_.clear();
+  lineText_ = nullptr;
+  lineKey_ = nullptr;
   keys_.clear();
   keysDirty_ = false;
   model_->endResetModel();
@@ -207,9 +209,25 @@ int ListView::AddItem(const QString& key, const QString& text, int icon) {
   return row;
 }
 
+void ListView::SetLines(int count, LineText text, LineKey key) {
+  model_->beginResetModel();
+  model_->items_.clear();
+  model_->items_.resize(static_cast<size_t>(std::max(0, count)));
+  for (int i = 0; i < count; ++i) model_->items_[i].line = i;
+  lineText_ = std::move(text);
+  lineKey_ = std::move(key);
+  keys_.clear();
+  keysDirty_ = true;
+  pending_ = false;
+  model_->endResetModel();
+}
+
 void ListView::SetSubItem(int row, int column, const QString& text) {
   CheckRow(row);
-  QStringList& t = model_->items_[row].texts;
+  ListViewModel::Item& it = model_->items_[row];
+  if (it.line >= 0 && it.texts.isEmpty())  // a line made when shown keeps what it showed
+    for (int c = 0; c < ColumnCount(); ++c) it.texts << lineText_(it.line, c);
+  QStringList& t = it.texts;
   while (t.size() <= column) t << QString();
   t[column] = text;
   if (!pending_) emit model_->dataChanged(model_->index(row, column), model_->index(row, column));
@@ -217,20 +235,25 @@ void ListView::SetSubItem(int row, int column, const QString& text) {
 
 QString ListView::Text(int row, int column) const {
   CheckRow(row);
-  const QStringList& t = model_->items_[row].texts;
-  return column < t.size() ? t.at(column) : QString();
+  const ListViewModel::Item& it = model_->items_[row];
+  if (it.line >= 0 && it.texts.isEmpty()) return lineText_(it.line, column);
+  return column < it.texts.size() ? it.texts.at(column) : QString();
 }
 
 QString ListView::Key(int row) const {
   CheckRow(row);
-  return model_->items_[row].key;
+  const ListViewModel::Item& it = model_->items_[row];
+  if (it.line >= 0 && it.key.isEmpty()) return lineKey_(it.line);
+  return it.key;
 }
 
 void ListView::RebuildKeys() const {
   keys_.clear();
   keys_.reserve(static_cast<int>(model_->items_.size()));
-  for (size_t i = 0; i < model_->items_.size(); ++i)
-    if (!model_->items_[i].key.isEmpty()) keys_.insert(model_->items_[i].key, static_cast<int>(i));
+  for (size_t i = 0; i < model_->items_.size(); ++i) {
+    const QString k = Key(static_cast<int>(i));
+    if (!k.isEmpty()) keys_.insert(k, static_cast<int>(i));
+  }
   keysDirty_ = false;
 }
 
@@ -345,13 +368,20 @@ void ListView::SetIcons(const QList<QIcon>& icons) {
 void ListView::SortItems() {
   const int c = sortKey_;
   const bool desc = sortOrder_ == 1;
-  std::stable_sort(model_->items_.begin(), model_->items_.end(),
-                   [c, desc](const ListViewModel::Item& a, const ListViewModel::Item& b) {
-                     const QString& x = c < a.texts.size() ? a.texts.at(c) : QString();
-                     const QString& y = c < b.texts.size() ? b.texts.at(c) : QString();
-                     const int r = QString::compare(x, y, Qt::CaseInsensitive);
-                     return desc ? r > 0 : r < 0;
-                   });
+  // The texts of the column once, then the lines in their order.
+  const int n = Count();
+  std::vector<QString> testo(n);
+  for (int i = 0; i < n; ++i) testo[i] = Text(i, c);
+  std::vector<int> ordine(n);
+  for (int i = 0; i < n; ++i) ordine[i] = i;
+  std::stable_sort(ordine.begin(), ordine.end(), [&](int a, int b) {
+    const int r = QString::compare(testo[a], testo[b], Qt::CaseInsensitive);
+    return desc ? r > 0 : r < 0;
+  });
+  std::vector<ListViewModel::Item> items;
+  items.reserve(n);
+  for (int i : ordine) items.push_back(std::move(model_->items_[i]));
+  model_->items_ = std::move(items);
   keysDirty_ = true;
 }
 

@@ -8,6 +8,7 @@
 #include <QHash>
 #include <QIcon>
 #include <QTreeView>
+#include <functional>
 #include <vector>
 
 namespace prestkt {
@@ -33,6 +34,7 @@ class ListViewModel : public QAbstractTableModel {
     QColor color;
     bool bold = false;
     int height = 0;  // pixels; 0 for the list's own
+    int line = -1;   // for lines made when shown: the line of the source
   };
 
   explicit ListViewModel(ListView* view);
@@ -71,6 +73,11 @@ class ListView : public QTreeView {
   void ClearItems();
   int Count() const;
   int AddItem(const QString& key, const QString& text, int icon = -1);
+  // count lines whose texts and keys are made when asked for: a list of a
+  // hundred thousand lines costs only what is shown.
+  using LineText = std::function<QString(int line, int column)>;
+  using LineKey = std::function<QString(int line)>;
+  void SetLines(int count, LineText text, LineKey key);
   void SetSubItem(int row, int column, const QString& text);  // column 1.. for sub-items
   QString Text(int row, int column = 0) const;
   QString Key(int row) const;
@@ -141,6 +148,8 @@ class ListView : public QTreeView {
   int sortKey_ = 0;
   int sortOrder_ = 0;
   bool pending_ = false;  // items added while hidden, not yet told to the view
+  LineText lineText_;
+  LineKey lineKey_;
   mutable bool keysDirty_ = true;
   mutable QHash<QString, int> keys_;
 };

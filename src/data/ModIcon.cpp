@@ -129,7 +129,9 @@ void ToolBarLoadImages(QToolBar* toolbar, ImageList* images) {
     });
   }
   g([&] {
-    const int after = ToolBarHeight(Need(toolbar));
+    // A toolbar not shown yet keeps telling its old size to the layout until asked again.
+    Need(toolbar)->updateGeometry();
+    const int after = ToolBarHeight(toolbar);
     if (after > before && after > kToolBarTwips / kTwipsPerPixel) Magnify(toolbar->window(), 1.0);
   });
 }

@@ -70,6 +70,19 @@ void FindInList(ListView* lista, const QString& chiave) {
   });
 }
 
+void ListViewAddLines(ListView* lista, int count, const ListView::LineText& testo, const ListView::LineKey& chiave) {
+  Guard g(kModulo, QStringLiteral("ListViewAddLines"));
+  g([&] {
+    lista->SetLines(
+        count,
+        [testo](int line, int column) {
+          const QString t = testo(line, column);
+          return column > 0 && t.isEmpty() ? QStringLiteral(" ") : t;
+        },
+        chiave);
+  });
+}
+
 int ListViewAddLineIcon(ListView* lista, const QStringList& valori, const QString& chiave, int icona, int altezza,
                         bool spuntata) {
   Guard g(kModulo, QStringLiteral("ListViewAddLineIcon"));

@@ -29,6 +29,11 @@ void FindInList(ListView* lista, const QString& chiave);
 int ListViewAddLine(ListView* lista, const QStringList& valori, const QString& chiave, int icona = -1,
                     const QColor& colore = {}, bool grassetto = false, bool spuntata = false);
 
+// Fills a list with count lines whose texts are made when the list shows them:
+// the way for lists of many thousands of lines. Empty values show one blank,
+// as ListViewAddLine does.
+void ListViewAddLines(ListView* lista, int count, const ListView::LineText& testo, const ListView::LineKey& chiave);
+
 // The same with the icon of the first column, a line height (twips, 0 for the
 // list's own) and a check state.
 int ListViewAddLineIcon(ListView* lista, const QStringList& valori, const QString& chiave, int icona,

@@ -4,6 +4,7 @@
 #include <QFrame>
 #include <QGroupBox>
 #include <QGuiApplication>
+#include <QLayout>
 #include <QScreen>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -66,6 +67,8 @@ QList<QWidget*> Controls(QWidget* form) {
 
 // Grows the form to what its layout asks, keeping it within the screen.
 void FitForm(QWidget* form) {
+  // A control of a form not shown yet does not tell the layout that it changed.
+  if (QLayout* l = form->layout()) l->invalidate();
   const QSize limit = LimiteSchermo(form);
   const QSize s = form->size().expandedTo(form->sizeHint()).boundedTo(limit);
   if (s != form->size()) form->resize(s);
@@ -169,7 +172,7 @@ int Scala(int v, double factor) { return static_cast<int>(std::lround(v * factor
 void ScalaMinimo(QWidget* w, double factor) {
   const QSize min = w->minimumSize();
   const QSize max = w->maximumSize();
-  if (min.isEmpty() && min.width() == 0 && min.height() == 0) return;
+  if (min.width() == 0 && min.height() == 0) return;
   const QSize nuovo(Scala(min.width(), factor), Scala(min.height(), factor));
   // A control of fixed size keeps its maximum in step with its minimum.
   QSize nuovoMax = max;

@@ -1,0 +1,73 @@
+// The register on the component's surface with 100 000 models in the period:
+// the full load (CaricaModelli and the list filled) and one change of the find
+// text, each beside a bare query of the same rows.
+//
+//   bench_surface [folder]     (default /tmp/prestkt-bench)
+#include <QApplication>
+#include <QLineEdit>
+
+#include "BenchCommon.h"
+#include "ListView.h"
+#include "ModPrestKT.h"
+#include "OCPrestKT.h"
+#include "Procedure.h"
+
+using namespace prestkt;
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication app(argc, argv);
+  QString cartella;
+  DatabasePtr db = bench::ApriDbGrande(argc, argv, &cartella);
+  if (!db) return 1;
+  sqlite3* h = bench::Handle(*db);
+  const auto periodo = db->Select(Sql("SELECT Min(DtIni), Max(DtIni) FROM Projects")).rows.front();
+  const QDateTime dal(CDate(periodo[0]).date(), QTime(0, 0));
+  const QDateTime al(CDate(periodo[1]).date(), QTime(0, 0));
+  gPathDB = cartella + QLatin1Char('/');
+  const QString registro = db->Adapt(
+      QStringLiteral("SELECT Projects.*, Anagrafica.RagSoc1, ProjectsTipo.DPrjTipo "
+                     "FROM (Projects INNER JOIN Anagrafica ON (Projects.CAnag = Anagrafica.CAnag) AND "
+                     "(Projects.TAnag = Anagrafica.TAnag)) LEFT JOIN ProjectsTipo ON Projects.CPrjTipo = "
+                     "ProjectsTipo.CPrjTipo WHERE (((Projects.DtIni) Between '") +
+      DateToStorage(dal) + QStringLiteral("' And '") + DateToStorage(al) + QStringLiteral("')) ORDER BY Projects.DtIni; "));
+
+  OCPrestKT ctl;
+  ctl.resize(1280, 720);
+  ctl.show();
+  ctl.Initialize();
+  ctl.SetStatus(-1);
+  ctl.SetDtIni(dal);
+  ctl.DBConn(db, 1, QIcon(), cartella + QStringLiteral("/docs"), 1);
+  auto* list = ctl.findChild<ListView*>(QStringLiteral("ListView1"));
+  auto* find = ctl.findChild<QLineEdit*>(QStringLiteral("TBFind"));
+
+  // Setting the end of the period loads the models and fills the list.
+  bench::Caso(
+      "Register load (DTEnd: CaricaModelli + CaricaList)",
+      [&] {
+        ctl.SetDTEnd(al);
+        QApplication::processEvents();
+        return static_cast<qint64>(list->Count());
+      },
+      [&] { return bench::Nudo(h, registro); });
+
+  // One change of the find text filters the loaded models in memory.
+  int giro = 0;
+  bench::Caso(
+      "Register filter (TBFind change)",
+      [&] {
+        find->setText(++giro % 2 ? QStringLiteral("stampo") : QStringLiteral("staffa"));
+        QApplication::processEvents();
+        return static_cast<qint64>(list->Count());
+      },
+      [&] {
+        // The same rows, filtered by the engine.
+        QString sql = registro;
+        sql.insert(sql.indexOf(QStringLiteral(" ORDER BY")),
+                   QStringLiteral(" AND Projects.DProject LIKE '%") + find->text() + QStringLiteral("%'"));
+        return bench::Nudo(h, sql);
+      });
+  gDB.reset();
+  return 0;
+}

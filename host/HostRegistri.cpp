@@ -1,0 +1,1103 @@
+#include "HostRegistri.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateEdit>
+#include <QDialogButtonBox>
+#include <QDoubleSpinBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QLocale>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include "Messages.h"
+#include "Vb.h"
+#include "VbError.h"
+
+using namespace prestkt;
+
+namespace vorn {
+
+namespace {
+
+// The party type of the operators: the component reads them from it too.
+constexpr int kTAnagOperatori = 10;
+// The group of TabGen that holds the service kinds.
+constexpr int kTabGenPrestazioni = 12;
+
+constexpr int kCodice = Qt::UserRole;      // the row's code, on the first column
+constexpr int kOrdine = Qt::UserRole + 1;  // a column's numeric sort key
+
+const QLocale& Italiano() {
+  static const QLocale l(QLocale::Italian, QLocale::Italy);
+  return l;
+}
+
+// A row that sorts numeric columns by their value rather than their text.
+class Riga : public QTreeWidgetItem {
+ public:
+  using QTreeWidgetItem::QTreeWidgetItem;
+  bool operator<(const QTreeWidgetItem& o) const override {
+    const int c = treeWidget() ? treeWidget()->sortColumn() : 0;
+    const QVariant a = data(c, kOrdine);
+    const QVariant b = o.data(c, kOrdine);
+    if (a.isValid() && b.isValid()) return a.toDouble() < b.toDouble();
+    return text(c).localeAwareCompare(o.text(c)) < 0;
+  }
+};
+
+QString Testo(const QVariant& v) { return IsNull(v) ? QString() : v.toString().trimmed(); }
+bool Vero(const QVariant& v) { return !IsNull(v) && v.toDouble() != 0; }
+// An empty field is stored as Null.
+QVariant TestoONull(const QLineEdit* e) {
+  const QString s = e->text().trimmed();
+  return s.isEmpty() ? QVariant() : QVariant(s);
+}
+
+void Avvisa(const QString& testo) { MessageBoxVorn(testo, vbExclamation); }
+void ErroreDb(const QString& cosa, const VbError& e) {
+  MessageBoxVorn(cosa + QStringLiteral("\n\n") + e.Description(), vbCritical);
+}
+bool Conferma(const QString& domanda) {
+  return MessageBoxVorn(domanda, vbYesNo | vbQuestion | vbDefaultButton2) == vbYes;
+}
+
+// The next code of a table: one more than the highest.
+int Prossimo(Database& db, const Sql& sql) {
+  const Database::Result r = db.Select(sql);
+  return r.rows.empty() || IsNull(r.rows.front().front()) ? 1 : r.rows.front().front().toInt() + 1;
+}
+
+template <class F>
+void InTransazione(Database& db, F&& f) {
+  db.BeginTrans();
+  try {
+    f();
+    db.CommitTrans();
+  } catch (...) {
+    db.Rollback();
+    throw;
+  }
+}
+
+QPushButton* Pulsante(const QString& testo, const char* nome, QWidget* parent) {
+  auto* b = new QPushButton(testo, parent);
+  b->setObjectName(QString::fromLatin1(nome));
+  // Enter in a field must not press a button of the register by itself.
+  b->setAutoDefault(false);
+  return b;
+}
+
+QLineEdit* Campo(const char* nome, int lunghezza, QWidget* parent) {
+  auto* e = new QLineEdit(parent);
+  e->setObjectName(QString::fromLatin1(nome));
+  if (lunghezza > 0) e->setMaxLength(lunghezza);
+  return e;
+}
+
+QString NomeTipoFatt(int t) {
+  return t >= 0 && t < static_cast<int>(std::size(kTipiFatt)) ? QString::fromUtf8(kTipiFatt[t]) : QString::number(t);
+}
+
+}  // namespace
+
+QString NomeStato(int codice) {
+  for (const auto& s : kStati)
+    if (s.codice == codice) return QString::fromUtf8(s.nome);
+  return QString::number(codice);
+}
+
+// ================================================================== period
+
+PeriodoDialog::PeriodoDialog(QWidget* parent) : QDialog(parent) {
+  setObjectName(QStringLiteral("dlgPeriodo"));
+  setWindowTitle(QStringLiteral("Periodo e stato"));
+  setWindowModality(Qt::ApplicationModal);
+
+  auto data = [this](const char* nome) {
+    auto* d = new QDateEdit(this);
+    d->setObjectName(QString::fromLatin1(nome));
+    d->setLocale(Italiano());
+    d->setCalendarPopup(true);
+    d->setDisplayFormat(QStringLiteral("dd/MM/yyyy"));
+    d->setMinimumDate(QDate(1980, 1, 1));
+    d->setMinimumWidth(130);
+    return d;
+  };
+  dtDal_ = data("dtDal");
+  dtAl_ = data("dtAl");
+  cbStato_ = new QComboBox(this);
+  cbStato_->setObjectName(QStringLiteral("cbStato"));
+  for (const auto& s : kStati) cbStato_->addItem(QString::fromUtf8(s.nome), s.codice);
+
+  auto* spiega = new QLabel(QStringLiteral("I modelli con data di inizio nel periodo, nello stato scelto."), this);
+  spiega->setWordWrap(true);
+  auto* form = new QFormLayout;
+  form->addRow(QStringLiteral("&Dal:"), dtDal_);
+  form->addRow(QStringLiteral("&Al:"), dtAl_);
+  form->addRow(QStringLiteral("&Stato:"), cbStato_);
+
+  auto* bottoni = new QDialogButtonBox(this);
+  auto* ok = bottoni->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
+  ok->setObjectName(QStringLiteral("btnOK"));
+  ok->setDefault(true);
+  auto* annulla = bottoni->addButton(QStringLiteral("Annulla"), QDialogButtonBox::RejectRole);
+  annulla->setObjectName(QStringLiteral("btnAnnulla"));
+  connect(ok, &QPushButton::clicked, this, &PeriodoDialog::Conferma);
+  connect(annulla, &QPushButton::clicked, this, &QDialog::reject);
+
+  auto* l = new QVBoxLayout(this);
+  l->addWidget(spiega);
+  l->addLayout(form);
+  l->addSpacing(6);
+  l->addWidget(bottoni);
+  setMinimumWidth(340);
+}
+
+void PeriodoDialog::Apri(const QDate& dal, const QDate& al, int stato,
+                         std::function<void(const QDate&, const QDate&, int)> applica) {
+  applica_ = std::move(applica);
+  const QDate oggi = QDate::currentDate();
+  dtDal_->setDate(dal.isValid() ? dal : QDate(oggi.year(), 1, 1));
+  dtAl_->setDate(al.isValid() ? al : QDate(oggi.year(), 12, 31));
+  const int i = cbStato_->findData(stato);
+  cbStato_->setCurrentIndex(i >= 0 ? i : 0);
+  show();
+  raise();
+  activateWindow();
+  dtDal_->setFocus();
+}
+
+void PeriodoDialog::Conferma() {
+  if (dtDal_->date() > dtAl_->date()) {
+    Avvisa(QStringLiteral("La data iniziale non può essere successiva a quella finale!"));
+    dtDal_->setFocus();
+    return;
+  }
+  const auto applica = std::move(applica_);
+  applica_ = {};
+  const QDate dal = dtDal_->date();
+  const QDate al = dtAl_->date();
+  const int stato = cbStato_->currentData().toInt();
+  accept();
+  if (applica) applica(dal, al, stato);
+}
+
+// ================================================================== registers
+
+RegistroDialog::RegistroDialog(Database& db, const QString& nome, const QString& titolo, QWidget* parent)
+    : QDialog(parent), db_(db) {
+  setObjectName(nome);
+  setWindowTitle(titolo);
+  setWindowModality(Qt::ApplicationModal);
+  lblScelta_ = new QLabel(this);
+  lblScelta_->setObjectName(QStringLiteral("lblScelta"));
+  lblScelta_->setText(QStringLiteral("Seleziona una riga e premi <b>Scegli</b> (o fai doppio clic sulla riga)."));
+  lblScelta_->setVisible(false);
+  btnScegli_ = Pulsante(QStringLiteral("&Scegli"), "btnScegli", this);
+  btnScegli_->setVisible(false);
+  btnChiudi_ = Pulsante(QStringLiteral("&Chiudi"), "btnChiudi", this);
+  connect(btnScegli_, &QPushButton::clicked, this, [this] { Scegli(); });
+  connect(btnChiudi_, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+QTreeWidget* RegistroDialog::NuovaLista(const QStringList& colonne) {
+  lista_ = new QTreeWidget(this);
+  lista_->setObjectName(QStringLiteral("lista"));
+  lista_->setColumnCount(static_cast<int>(colonne.size()));
+  lista_->setHeaderLabels(colonne);
+  lista_->setRootIsDecorated(false);
+  lista_->setUniformRowHeights(true);
+  lista_->setAlternatingRowColors(true);
+  lista_->setSelectionMode(QAbstractItemView::SingleSelection);
+  lista_->setSortingEnabled(true);
+  lista_->sortByColumn(1, Qt::AscendingOrder);
+  lista_->header()->setSectionsMovable(false);
+  lista_->header()->setStretchLastSection(true);
+  return lista_;
+}
+
+void RegistroDialog::Mostra(bool scelta) {
+  inScelta_ = scelta;
+  btnScegli_->setVisible(scelta);
+  lblScelta_->setVisible(scelta);
+  if (!isVisible()) show();
+  raise();
+  activateWindow();
+  lista_->setFocus();
+}
+
+bool RegistroDialog::Seleziona(int codice) {
+  for (int i = 0; i < lista_->topLevelItemCount(); ++i) {
+    QTreeWidgetItem* it = lista_->topLevelItem(i);
+    if (it->data(0, kCodice).toInt() == codice && !it->isHidden()) {
+      lista_->setCurrentItem(it);
+      lista_->scrollToItem(it);
+      return true;
+    }
+  }
+  return false;
+}
+
+int RegistroDialog::CodiceSelezionato() const {
+  const QTreeWidgetItem* it = lista_->currentItem();
+  if (!it || it->isHidden() || !it->isSelected()) return 0;
+  return it->data(0, kCodice).toInt();
+}
+
+void RegistroDialog::Consegna(const std::function<void()>& risposta) {
+  inScelta_ = false;
+  accept();
+  risposta();
+}
+
+// ================================================================== parties
+
+AnagraficheDialog::AnagraficheDialog(Database& db, QWidget* parent)
+    : RegistroDialog(db, QStringLiteral("dlgAnagrafiche"), QStringLiteral("Anagrafiche"), parent) {
+  cbTipo_ = new QComboBox(this);
+  cbTipo_->setObjectName(QStringLiteral("cbTipo"));
+  cbTipo_->setMinimumWidth(160);
+  edCerca_ = Campo("edCerca", 0, this);
+  edCerca_->setPlaceholderText(QStringLiteral("ragione sociale, città o partita IVA"));
+  edCerca_->setClearButtonEnabled(true);
+  chkEliminate_ = new QCheckBox(QStringLiteral("Mostra &eliminate"), this);
+  chkEliminate_->setObjectName(QStringLiteral("chkEliminate"));
+
+  NuovaLista({QStringLiteral("Codice"), QStringLiteral("Ragione sociale"), QStringLiteral("Città"),
+              QStringLiteral("Prov."), QStringLiteral("Partita IVA"), QStringLiteral("Costo orario")});
+  lista_->setObjectName(QStringLiteral("lvAnagrafiche"));
+  lista_->setColumnWidth(0, 70);
+  lista_->setColumnWidth(1, 300);
+  lista_->setColumnWidth(2, 160);
+  lista_->setColumnWidth(3, 50);
+  lista_->setColumnWidth(4, 130);
+
+  btnNuova_ = Pulsante(QStringLiteral("&Nuova..."), "btnNuova", this);
+  btnModifica_ = Pulsante(QStringLiteral("&Modifica..."), "btnModifica", this);
+  btnElimina_ = Pulsante(QStringLiteral("E&limina"), "btnElimina", this);
+
+  auto* lTipo = new QLabel(QStringLiteral("&Tipo:"), this);
+  lTipo->setBuddy(cbTipo_);
+  auto* lCerca = new QLabel(QStringLiteral("C&erca:"), this);
+  lCerca->setBuddy(edCerca_);
+  auto* sopra = new QHBoxLayout;
+  sopra->addWidget(lTipo);
+  sopra->addWidget(cbTipo_);
+  sopra->addSpacing(12);
+  sopra->addWidget(lCerca);
+  sopra->addWidget(edCerca_, 1);
+  sopra->addSpacing(12);
+  sopra->addWidget(chkEliminate_);
+  auto* sotto = new QHBoxLayout;
+  sotto->addWidget(btnNuova_);
+  sotto->addWidget(btnModifica_);
+  sotto->addWidget(btnElimina_);
+  sotto->addStretch(1);
+  sotto->addWidget(btnScegli_);
+  sotto->addWidget(btnChiudi_);
+  auto* l = new QVBoxLayout(this);
+  l->addLayout(sopra);
+  l->addWidget(lblScelta_);
+  l->addWidget(lista_, 1);
+  l->addLayout(sotto);
+  resize(820, 500);
+
+  connect(cbTipo_, &QComboBox::currentIndexChanged, this, [this] { Ricarica(); });
+  connect(chkEliminate_, &QCheckBox::toggled, this, [this] { Ricarica(); });
+  connect(edCerca_, &QLineEdit::textChanged, this, [this] { Filtra(); });
+  connect(lista_, &QTreeWidget::currentItemChanged, this, [this] { AggiornaPulsanti(); });
+  connect(lista_, &QTreeWidget::itemActivated, this, [this] {
+    if (InScelta()) Scegli();
+    else Modifica();
+  });
+  connect(btnNuova_, &QPushButton::clicked, this, &AnagraficheDialog::Nuova);
+  connect(btnModifica_, &QPushButton::clicked, this, &AnagraficheDialog::Modifica);
+  connect(btnElimina_, &QPushButton::clicked, this, &AnagraficheDialog::EliminaORipristina);
+  CaricaTipi();
+}
+
+void AnagraficheDialog::CaricaTipi() {
+  const QSignalBlocker blocca(cbTipo_);
+  cbTipo_->clear();
+  try {
+    const auto r = db_.Select(Sql("SELECT TAnag, Descrizione FROM AnagTipo ORDER BY TAnag"));
+    for (const Row& row : r.rows) cbTipo_->addItem(Testo(row[1]), row[0].toInt());
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile leggere i tipi di anagrafica."), e);
+  }
+  cbTipo_->setCurrentIndex(cbTipo_->count() > 0 ? 0 : -1);
+}
+
+int AnagraficheDialog::TipoCorrente() const { return cbTipo_->currentIndex() >= 0 ? cbTipo_->currentData().toInt() : 0; }
+
+void AnagraficheDialog::Apri(int tAnag, int cAnag, Scelta scelta) {
+  scelta_ = std::move(scelta);
+  if (tAnag != 0) {
+    const int i = cbTipo_->findData(tAnag);
+    if (i >= 0 && i != cbTipo_->currentIndex()) cbTipo_->setCurrentIndex(i);  // reloads
+    else Ricarica();
+  } else {
+    Ricarica();
+  }
+  if (cAnag != 0 && !Seleziona(cAnag) && !edCerca_->text().isEmpty()) {
+    // The party asked for is hidden by the search: the search gives way.
+    edCerca_->clear();
+    Seleziona(cAnag);
+  }
+  Mostra(static_cast<bool>(scelta_));
+}
+
+void AnagraficheDialog::Ricarica() {
+  const int tAnag = TipoCorrente();
+  const int prima = tAnag == tipoInLista_ ? CodiceSelezionato() : 0;
+  tipoInLista_ = tAnag;
+  lista_->setSortingEnabled(false);
+  lista_->clear();
+  lista_->setColumnHidden(5, tAnag != kTAnagOperatori);
+  if (tAnag != 0) {
+    try {
+      Sql sql = Sql("SELECT CAnag, RagSoc1, Citta, Prov, PIva, CostoH, Eliminato FROM Anagrafica WHERE TAnag=") +
+                Sql::Param(tAnag);
+      if (!chkEliminate_->isChecked()) sql += Sql(" AND Eliminato=0");
+      const auto r = db_.Select(sql + Sql(" ORDER BY RagSoc1"));
+      const QBrush grigio = palette().brush(QPalette::Disabled, QPalette::Text);
+      for (const Row& row : r.rows) {
+        auto* it = new Riga(lista_);
+        const int c = row[0].toInt();
+        const bool eliminata = Vero(row[6]);
+        it->setText(0, QString::number(c));
+        it->setData(0, kCodice, c);
+        it->setData(0, kOrdine, c);
+        it->setTextAlignment(0, Qt::AlignRight | Qt::AlignVCenter);
+        it->setText(1, Testo(row[1]) + (eliminata ? QStringLiteral("  (eliminata)") : QString()));
+        it->setText(2, Testo(row[2]));
+        it->setText(3, Testo(row[3]));
+        it->setText(4, Testo(row[4]));
+        const double costo = IsNull(row[5]) ? 0.0 : row[5].toDouble();
+        it->setText(5, Italiano().toString(costo, 'f', 2));
+        it->setData(5, kOrdine, costo);
+        it->setTextAlignment(5, Qt::AlignRight | Qt::AlignVCenter);
+        it->setData(1, Qt::UserRole, eliminata);
+        if (eliminata)
+          for (int k = 0; k < lista_->columnCount(); ++k) it->setForeground(k, grigio);
+      }
+    } catch (const VbError& e) {
+      ErroreDb(QStringLiteral("Impossibile leggere le anagrafiche."), e);
+    }
+  }
+  lista_->setSortingEnabled(true);
+  Filtra();
+  if (prima == 0 || !Seleziona(prima)) {
+    lista_->setCurrentItem(nullptr);
+    lista_->clearSelection();
+  }
+  AggiornaPulsanti();
+}
+
+void AnagraficheDialog::Filtra() {
+  const QString cerca = edCerca_->text().trimmed();
+  for (int i = 0; i < lista_->topLevelItemCount(); ++i) {
+    QTreeWidgetItem* it = lista_->topLevelItem(i);
+    const bool vede = cerca.isEmpty() || it->text(1).contains(cerca, Qt::CaseInsensitive) ||
+                      it->text(2).contains(cerca, Qt::CaseInsensitive) ||
+                      it->text(4).contains(cerca, Qt::CaseInsensitive);
+    it->setHidden(!vede);
+  }
+  AggiornaPulsanti();
+}
+
+void AnagraficheDialog::AggiornaPulsanti() {
+  const QTreeWidgetItem* it = lista_->currentItem();
+  const bool c = it && !it->isHidden();
+  btnModifica_->setEnabled(c);
+  btnElimina_->setEnabled(c);
+  btnNuova_->setEnabled(TipoCorrente() != 0);
+  btnElimina_->setText(c && it->data(1, Qt::UserRole).toBool() ? QStringLiteral("&Ripristina")
+                                                               : QStringLiteral("E&limina"));
+}
+
+void AnagraficheDialog::Nuova() {
+  if (TipoCorrente() == 0) return;
+  auto* f = new AnagraficaForm(db_, TipoCorrente(), 0, this);
+  f->setAttribute(Qt::WA_DeleteOnClose);
+  connect(f, &AnagraficaForm::Salvata, this, [this](int, int c) {
+    Ricarica();
+    Seleziona(c);
+  });
+  f->open();
+}
+
+void AnagraficheDialog::Modifica() {
+  const int c = CodiceSelezionato();
+  if (c == 0) {
+    Avvisa(QStringLiteral("Seleziona un'anagrafica!"));
+    return;
+  }
+  auto* f = new AnagraficaForm(db_, TipoCorrente(), c, this);
+  f->setAttribute(Qt::WA_DeleteOnClose);
+  connect(f, &AnagraficaForm::Salvata, this, [this](int, int codice) {
+    Ricarica();
+    Seleziona(codice);
+  });
+  f->open();
+}
+
+void AnagraficheDialog::EliminaORipristina() {
+  const int c = CodiceSelezionato();
+  if (c == 0) {
+    Avvisa(QStringLiteral("Seleziona un'anagrafica!"));
+    return;
+  }
+  const QTreeWidgetItem* it = lista_->currentItem();
+  const bool eliminata = it->data(1, Qt::UserRole).toBool();
+  const QString nome = it->text(1).remove(QStringLiteral("  (eliminata)"));
+  if (!Conferma(eliminata ? QStringLiteral("Vuoi ripristinare l'anagrafica «%1»?").arg(nome)
+                          : QStringLiteral("Vuoi eliminare l'anagrafica «%1»?\n\nI modelli e i documenti che la "
+                                           "usano restano come sono; non sarà più proposta nelle scelte.")
+                                .arg(nome)))
+    return;
+  try {
+    db_.Execute(Sql("UPDATE Anagrafica SET Eliminato=") + Sql::Param(!eliminata) + Sql(" WHERE TAnag=") +
+                Sql::Param(TipoCorrente()) + Sql(" AND CAnag=") + Sql::Param(c));
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile aggiornare l'anagrafica."), e);
+  }
+  Ricarica();
+}
+
+void AnagraficheDialog::Scegli() {
+  if (!InScelta()) return;
+  const int c = CodiceSelezionato();
+  if (c == 0) {
+    Avvisa(QStringLiteral("Seleziona un'anagrafica!"));
+    return;
+  }
+  if (lista_->currentItem()->data(1, Qt::UserRole).toBool()) {
+    Avvisa(QStringLiteral("L'anagrafica è eliminata: ripristinala prima di sceglierla!"));
+    return;
+  }
+  const int t = TipoCorrente();
+  const Scelta s = std::move(scelta_);
+  scelta_ = {};
+  Consegna([&] { s(t, c); });
+}
+
+// ------------------------------------------------------------------ party form
+
+AnagraficaForm::AnagraficaForm(Database& db, int tAnag, int cAnag, QWidget* parent)
+    : QDialog(parent), db_(db), tAnag_(tAnag), cAnag_(cAnag) {
+  setObjectName(QStringLiteral("dlgAnagrafica"));
+  setWindowModality(Qt::ApplicationModal);
+  QString tipo;
+  try {
+    const auto r = db_.Select(Sql("SELECT Descrizione FROM AnagTipo WHERE TAnag=") + Sql::Param(tAnag));
+    if (!r.rows.empty()) tipo = Testo(r.rows.front().front());
+  } catch (const VbError&) {
+    // the title goes without the type
+  }
+  setWindowTitle((cAnag == 0 ? QStringLiteral("Nuova anagrafica") : QStringLiteral("Anagrafica %1").arg(cAnag)) +
+                 (tipo.isEmpty() ? QString() : QStringLiteral(" - ") + tipo));
+
+  edRagSoc1_ = Campo("edRagSoc1", 100, this);
+  edRagSoc2_ = Campo("edRagSoc2", 100, this);
+  edIndirizzo_ = Campo("edIndirizzo", 100, this);
+  edCap_ = Campo("edCap", 10, this);
+  edCap_->setMaximumWidth(80);
+  edCitta_ = Campo("edCitta", 60, this);
+  edProv_ = Campo("edProv", 2, this);
+  edProv_->setMaximumWidth(44);
+  edPIva_ = Campo("edPIva", 20, this);
+  edPIva_->setMaximumWidth(180);
+  edTelefono_ = Campo("edTelefono", 30, this);
+  edTelefono_->setMaximumWidth(180);
+  edEmail_ = Campo("edEmail", 100, this);
+  spCostoH_ = new QDoubleSpinBox(this);
+  spCostoH_->setObjectName(QStringLiteral("spCostoH"));
+  spCostoH_->setLocale(Italiano());
+  spCostoH_->setRange(0, 9999.99);
+  spCostoH_->setDecimals(2);
+  spCostoH_->setSuffix(QStringLiteral(" €/h"));
+  spCostoH_->setMaximumWidth(140);
+
+  auto* form = new QFormLayout;
+  form->addRow(QStringLiteral("&Ragione sociale:"), edRagSoc1_);
+  form->addRow(QStringLiteral("Ragione sociale (&2):"), edRagSoc2_);
+  form->addRow(QStringLiteral("&Indirizzo:"), edIndirizzo_);
+  auto* luogo = new QHBoxLayout;
+  luogo->addWidget(edCap_);
+  luogo->addWidget(edCitta_, 1);
+  auto* lProv = new QLabel(QStringLiteral("Pr&ov.:"), this);
+  lProv->setBuddy(edProv_);
+  luogo->addWidget(lProv);
+  luogo->addWidget(edProv_);
+  auto* lLuogo = new QLabel(QStringLiteral("CAP e &città:"), this);
+  lLuogo->setBuddy(edCap_);
+  form->addRow(lLuogo, luogo);
+  form->addRow(QStringLiteral("&Partita IVA:"), edPIva_);
+  form->addRow(QStringLiteral("&Telefono:"), edTelefono_);
+  form->addRow(QStringLiteral("&E-mail:"), edEmail_);
+  if (tAnag == kTAnagOperatori) form->addRow(QStringLiteral("&Costo orario:"), spCostoH_);
+  else spCostoH_->hide();
+
+  auto* bottoni = new QDialogButtonBox(this);
+  auto* ok = bottoni->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
+  ok->setObjectName(QStringLiteral("btnOK"));
+  ok->setDefault(true);
+  auto* annulla = bottoni->addButton(QStringLiteral("Annulla"), QDialogButtonBox::RejectRole);
+  annulla->setObjectName(QStringLiteral("btnAnnulla"));
+  connect(ok, &QPushButton::clicked, this, [this] {
+    if (Salva()) accept();
+  });
+  connect(annulla, &QPushButton::clicked, this, &QDialog::reject);
+
+  auto* l = new QVBoxLayout(this);
+  l->addLayout(form);
+  l->addSpacing(6);
+  l->addWidget(bottoni);
+  setMinimumWidth(520);
+  if (cAnag_ != 0) Carica();
+}
+
+void AnagraficaForm::Carica() {
+  try {
+    const auto r = db_.Select(
+        Sql("SELECT RagSoc1, RagSoc2, Indirizzo, Cap, Citta, Prov, PIva, Telefono, Email, CostoH FROM Anagrafica "
+            "WHERE TAnag=") +
+        Sql::Param(tAnag_) + Sql(" AND CAnag=") + Sql::Param(cAnag_));
+    if (r.rows.empty()) return;
+    const Row& row = r.rows.front();
+    QLineEdit* campi[] = {edRagSoc1_, edRagSoc2_, edIndirizzo_, edCap_, edCitta_,
+                          edProv_,    edPIva_,    edTelefono_,  edEmail_};
+    for (int i = 0; i < 9; ++i) campi[i]->setText(Testo(row[i]));
+    spCostoH_->setValue(IsNull(row[9]) ? 0.0 : row[9].toDouble());
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile leggere l'anagrafica."), e);
+  }
+}
+
+bool AnagraficaForm::Salva() {
+  const QString ragSoc = edRagSoc1_->text().trimmed();
+  if (ragSoc.isEmpty()) {
+    Avvisa(QStringLiteral("Inserisci la ragione sociale!"));
+    edRagSoc1_->setFocus();
+    return false;
+  }
+  const QString prov = edProv_->text().trimmed().toUpper();
+  static const QRegularExpression sigla(QStringLiteral("^[A-Z]{2}$"));
+  if (!prov.isEmpty() && !sigla.match(prov).hasMatch()) {
+    Avvisa(QStringLiteral("Indica la provincia con la sigla di due lettere!"));
+    edProv_->setFocus();
+    return false;
+  }
+  edProv_->setText(prov);
+  const QString piva = edPIva_->text().trimmed();
+  static const QRegularExpression cifre(QStringLiteral("^\\d+$"));
+  if (cifre.match(piva).hasMatch() && piva.size() != 11) {
+    Avvisa(QStringLiteral("La partita IVA italiana ha 11 cifre!"));
+    edPIva_->setFocus();
+    return false;
+  }
+  const QString email = edEmail_->text().trimmed();
+  if (!email.isEmpty() && (!email.contains(QLatin1Char('@')) || email.contains(QLatin1Char(' ')))) {
+    Avvisa(QStringLiteral("L'indirizzo e-mail non è valido!"));
+    edEmail_->setFocus();
+    return false;
+  }
+  try {
+    // The same name twice in one type is usually a mistake, but not always.
+    const auto doppi = db_.Select(Sql("SELECT CAnag FROM Anagrafica WHERE TAnag=") + Sql::Param(tAnag_) +
+                                  Sql(" AND RagSoc1=") + Sql::Param(ragSoc) + Sql(" AND CAnag<>") +
+                                  Sql::Param(cAnag_) + Sql(" AND Eliminato=0"));
+    if (!doppi.rows.empty() &&
+        !Conferma(QStringLiteral("Esiste già un'anagrafica «%1» (codice %2). Vuoi salvare comunque?")
+                      .arg(ragSoc)
+                      .arg(doppi.rows.front().front().toInt())))
+      return false;
+
+    // Hidden for the other types, the field still carries the stored value.
+    const double costo = spCostoH_->value();
+    const Sql valori = Sql::Param(ragSoc) + Sql(", ") + Sql::Param(TestoONull(edRagSoc2_)) + Sql(", ") +
+                       Sql::Param(TestoONull(edIndirizzo_)) + Sql(", ") + Sql::Param(TestoONull(edCap_)) +
+                       Sql(", ") + Sql::Param(TestoONull(edCitta_)) + Sql(", ") + Sql::Param(TestoONull(edProv_)) +
+                       Sql(", ") + Sql::Param(TestoONull(edPIva_)) + Sql(", ") +
+                       Sql::Param(TestoONull(edTelefono_)) + Sql(", ") + Sql::Param(TestoONull(edEmail_)) +
+                       Sql(", ") + Sql::Param(costo);
+    if (cAnag_ == 0) {
+      InTransazione(db_, [&] {
+        const int nuovo =
+            Prossimo(db_, Sql("SELECT Max(CAnag) FROM Anagrafica WHERE TAnag=") + Sql::Param(tAnag_));
+        db_.Execute(Sql("INSERT INTO Anagrafica (TAnag, CAnag, RagSoc1, RagSoc2, Indirizzo, Cap, Citta, Prov, "
+                        "PIva, Telefono, Email, CostoH, Eliminato) VALUES (") +
+                    Sql::Param(tAnag_) + Sql(", ") + Sql::Param(nuovo) + Sql(", ") + valori + Sql(", 0)"));
+        cAnag_ = nuovo;
+      });
+    } else {
+      db_.Execute(Sql("UPDATE Anagrafica SET RagSoc1=") + Sql::Param(ragSoc) + Sql(", RagSoc2=") +
+                  Sql::Param(TestoONull(edRagSoc2_)) + Sql(", Indirizzo=") + Sql::Param(TestoONull(edIndirizzo_)) +
+                  Sql(", Cap=") + Sql::Param(TestoONull(edCap_)) + Sql(", Citta=") +
+                  Sql::Param(TestoONull(edCitta_)) + Sql(", Prov=") + Sql::Param(TestoONull(edProv_)) +
+                  Sql(", PIva=") + Sql::Param(TestoONull(edPIva_)) + Sql(", Telefono=") +
+                  Sql::Param(TestoONull(edTelefono_)) + Sql(", Email=") + Sql::Param(TestoONull(edEmail_)) +
+                  Sql(", CostoH=") + Sql::Param(costo) + Sql(" WHERE TAnag=") + Sql::Param(tAnag_) +
+                  Sql(" AND CAnag=") + Sql::Param(cAnag_));
+    }
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile salvare l'anagrafica."), e);
+    return false;
+  }
+  emit Salvata(tAnag_, cAnag_);
+  return true;
+}
+
+// ================================================================== model types
+
+TipiModelloDialog::TipiModelloDialog(Database& db, QWidget* parent)
+    : RegistroDialog(db, QStringLiteral("dlgTipiModello"), QStringLiteral("Tipologie modelli"), parent) {
+  NuovaLista({QStringLiteral("Codice"), QStringLiteral("Descrizione"), QStringLiteral("Sigla"),
+              QStringLiteral("Forfait semplificato")});
+  lista_->setObjectName(QStringLiteral("lvTipiModello"));
+  lista_->setColumnWidth(0, 70);
+  lista_->setColumnWidth(1, 280);
+  lista_->setColumnWidth(2, 80);
+
+  edCodice_ = Campo("edCodice", 0, this);
+  edCodice_->setReadOnly(true);
+  edCodice_->setFocusPolicy(Qt::NoFocus);
+  edCodice_->setMaximumWidth(90);
+  edDescrizione_ = Campo("edDescrizione", 100, this);
+  edSigla_ = Campo("edSigla", 10, this);
+  edSigla_->setMaximumWidth(120);
+  chkForfSempl_ = new QCheckBox(QStringLiteral("Gestione a &forfait semplificata"), this);
+  chkForfSempl_->setObjectName(QStringLiteral("chkForfSempl"));
+  chkForfSempl_->setToolTip(QStringLiteral("I modelli di questa tipologia si chiudono quando nessuna attività è in "
+                                           "corso, senza guardare le disposizioni."));
+  btnNuova_ = Pulsante(QStringLiteral("&Nuova"), "btnNuova", this);
+  btnSalva_ = Pulsante(QStringLiteral("Sal&va"), "btnSalva", this);
+
+  auto* gruppo = new QGroupBox(QStringLiteral("Tipologia"), this);
+  gruppo->setObjectName(QStringLiteral("grpTipologia"));
+  auto* form = new QFormLayout(gruppo);
+  form->addRow(QStringLiteral("Codice:"), edCodice_);
+  form->addRow(QStringLiteral("&Descrizione:"), edDescrizione_);
+  form->addRow(QStringLiteral("S&igla:"), edSigla_);
+  form->addRow(QString(), chkForfSempl_);
+
+  auto* sotto = new QHBoxLayout;
+  sotto->addWidget(btnNuova_);
+  sotto->addWidget(btnSalva_);
+  sotto->addStretch(1);
+  sotto->addWidget(btnScegli_);
+  sotto->addWidget(btnChiudi_);
+  auto* l = new QVBoxLayout(this);
+  l->addWidget(lblScelta_);
+  l->addWidget(lista_, 1);
+  l->addWidget(gruppo);
+  l->addLayout(sotto);
+  resize(640, 500);
+
+  connect(lista_, &QTreeWidget::currentItemChanged, this, [this] { MostraRiga(); });
+  connect(lista_, &QTreeWidget::itemActivated, this, [this] {
+    if (InScelta()) Scegli();
+    else edDescrizione_->setFocus();
+  });
+  connect(btnNuova_, &QPushButton::clicked, this, &TipiModelloDialog::Nuova);
+  connect(btnSalva_, &QPushButton::clicked, this, [this] { Salva(); });
+  Ricarica();
+}
+
+void TipiModelloDialog::Apri(int cPrjTipo, Scelta scelta) {
+  scelta_ = std::move(scelta);
+  Ricarica();
+  if (cPrjTipo != 0) Seleziona(cPrjTipo);
+  Mostra(static_cast<bool>(scelta_));
+}
+
+void TipiModelloDialog::Ricarica() {
+  const int prima = codiceInModifica_;
+  lista_->setSortingEnabled(false);
+  lista_->clear();
+  try {
+    const auto r = db_.Select(Sql("SELECT CPrjTipo, DPrjTipo, Sigla, GestForfSempl FROM ProjectsTipo"));
+    for (const Row& row : r.rows) {
+      auto* it = new Riga(lista_);
+      const int c = row[0].toInt();
+      it->setText(0, QString::number(c));
+      it->setData(0, kCodice, c);
+      it->setData(0, kOrdine, c);
+      it->setTextAlignment(0, Qt::AlignRight | Qt::AlignVCenter);
+      it->setText(1, Testo(row[1]));
+      it->setText(2, Testo(row[2]));
+      const bool forf = Vero(row[3]);
+      it->setText(3, forf ? QStringLiteral("Sì") : QString());
+      it->setData(3, Qt::UserRole, forf);
+    }
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile leggere le tipologie dei modelli."), e);
+  }
+  lista_->setSortingEnabled(true);
+  if (prima == 0 || !Seleziona(prima)) Nuova();
+}
+
+void TipiModelloDialog::MostraRiga() {
+  const QTreeWidgetItem* it = lista_->currentItem();
+  auto* gruppo = findChild<QGroupBox*>(QStringLiteral("grpTipologia"));
+  if (!it) {
+    codiceInModifica_ = 0;
+    edCodice_->setText(QStringLiteral("(nuova)"));
+    edDescrizione_->clear();
+    edSigla_->clear();
+    chkForfSempl_->setChecked(false);
+    gruppo->setTitle(QStringLiteral("Nuova tipologia"));
+    return;
+  }
+  codiceInModifica_ = it->data(0, kCodice).toInt();
+  edCodice_->setText(it->text(0));
+  edDescrizione_->setText(it->text(1));
+  edSigla_->setText(it->text(2));
+  chkForfSempl_->setChecked(it->data(3, Qt::UserRole).toBool());
+  gruppo->setTitle(QStringLiteral("Tipologia %1").arg(codiceInModifica_));
+}
+
+void TipiModelloDialog::Nuova() {
+  lista_->clearSelection();
+  lista_->setCurrentItem(nullptr);
+  MostraRiga();
+  edDescrizione_->setFocus();
+}
+
+bool TipiModelloDialog::Salva() {
+  const QString descr = edDescrizione_->text().trimmed();
+  const QString sigla = edSigla_->text().trimmed().toUpper();
+  if (descr.isEmpty()) {
+    Avvisa(QStringLiteral("Inserisci la descrizione!"));
+    edDescrizione_->setFocus();
+    return false;
+  }
+  const int codice = codiceInModifica_;
+  try {
+    const auto stessoNome = db_.Select(Sql("SELECT CPrjTipo FROM ProjectsTipo WHERE DPrjTipo=") + Sql::Param(descr) +
+                                       Sql(" AND CPrjTipo<>") + Sql::Param(codice));
+    if (!stessoNome.rows.empty()) {
+      Avvisa(QStringLiteral("Esiste già la tipologia «%1» (codice %2)!")
+                 .arg(descr)
+                 .arg(stessoNome.rows.front().front().toInt()));
+      edDescrizione_->setFocus();
+      return false;
+    }
+    if (!sigla.isEmpty()) {
+      const auto stessaSigla = db_.Select(Sql("SELECT DPrjTipo FROM ProjectsTipo WHERE Sigla=") + Sql::Param(sigla) +
+                                          Sql(" AND CPrjTipo<>") + Sql::Param(codice));
+      if (!stessaSigla.rows.empty()) {
+        Avvisa(QStringLiteral("La sigla «%1» è già usata dalla tipologia «%2»!")
+                   .arg(sigla, Testo(stessaSigla.rows.front().front())));
+        edSigla_->setFocus();
+        return false;
+      }
+    }
+    const bool forf = chkForfSempl_->isChecked();
+    if (codice != 0) {
+      // The flag decides how the models of the type close: a change reaches the models already made.
+      const QTreeWidgetItem* it = lista_->currentItem();
+      if (it && it->data(3, Qt::UserRole).toBool() != forf) {
+        const auto usati = db_.Select(Sql("SELECT Count(*) FROM Projects WHERE CPrjTipo=") + Sql::Param(codice));
+        const int n = usati.rows.empty() ? 0 : usati.rows.front().front().toInt();
+        if (n > 0 && !Conferma(QStringLiteral("La tipologia è usata da %1 modelli: cambiando la gestione a forfait "
+                                              "semplificata cambia il modo in cui si chiudono.\nVuoi continuare?")
+                                   .arg(n)))
+          return false;
+      }
+    }
+    const QVariant siglaV = sigla.isEmpty() ? QVariant() : QVariant(sigla);
+    int salvato = codice;
+    if (codice == 0) {
+      InTransazione(db_, [&] {
+        salvato = Prossimo(db_, Sql("SELECT Max(CPrjTipo) FROM ProjectsTipo"));
+        db_.Execute(Sql("INSERT INTO ProjectsTipo (CPrjTipo, DPrjTipo, Sigla, GestForfSempl) VALUES (") +
+                    Sql::Param(salvato) + Sql(", ") + Sql::Param(descr) + Sql(", ") + Sql::Param(siglaV) +
+                    Sql(", ") + Sql::Param(forf) + Sql(")"));
+      });
+    } else {
+      db_.Execute(Sql("UPDATE ProjectsTipo SET DPrjTipo=") + Sql::Param(descr) + Sql(", Sigla=") +
+                  Sql::Param(siglaV) + Sql(", GestForfSempl=") + Sql::Param(forf) + Sql(" WHERE CPrjTipo=") +
+                  Sql::Param(codice));
+    }
+    codiceInModifica_ = salvato;
+    Ricarica();
+    emit Salvata(salvato);
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile salvare la tipologia."), e);
+    return false;
+  }
+  return true;
+}
+
+void TipiModelloDialog::Scegli() {
+  if (!InScelta()) return;
+  const int c = CodiceSelezionato();
+  if (c == 0) {
+    Avvisa(QStringLiteral("Seleziona una tipologia!"));
+    return;
+  }
+  const Scelta s = std::move(scelta_);
+  scelta_ = {};
+  Consegna([&] { s(c); });
+}
+
+// ================================================================== disposition types
+
+TipiDisposizioneDialog::TipiDisposizioneDialog(Database& db, QWidget* parent)
+    : RegistroDialog(db, QStringLiteral("dlgTipiDisposizione"), QStringLiteral("Tipologie disposizioni"), parent) {
+  NuovaLista({QStringLiteral("Codice"), QStringLiteral("Descrizione"), QStringLiteral("Sigla"),
+              QStringLiteral("Forfait"), QStringLiteral("Fatturazione")});
+  lista_->setObjectName(QStringLiteral("lvTipiDisposizione"));
+  lista_->setColumnWidth(0, 70);
+  lista_->setColumnWidth(1, 260);
+  lista_->setColumnWidth(2, 80);
+  lista_->setColumnWidth(3, 70);
+
+  edCodice_ = Campo("edCodice", 0, this);
+  edCodice_->setReadOnly(true);
+  edCodice_->setFocusPolicy(Qt::NoFocus);
+  edCodice_->setMaximumWidth(90);
+  edDescrizione_ = Campo("edDescrizione", 100, this);
+  edSigla_ = Campo("edSigla", 10, this);
+  edSigla_->setMaximumWidth(120);
+  chkForfait_ = new QCheckBox(QStringLiteral("&Forfait"), this);
+  chkForfait_->setObjectName(QStringLiteral("chkForfait"));
+  cbTipoFatt_ = new QComboBox(this);
+  cbTipoFatt_->setObjectName(QStringLiteral("cbTipoFatt"));
+  for (int i = 0; i < static_cast<int>(std::size(kTipiFatt)); ++i) cbTipoFatt_->addItem(NomeTipoFatt(i), i);
+  cbTipoFatt_->setMaximumWidth(160);
+  lwPrestazioni_ = new QListWidget(this);
+  lwPrestazioni_->setObjectName(QStringLiteral("lwPrestazioni"));
+  lwPrestazioni_->setMinimumWidth(220);
+  btnNuova_ = Pulsante(QStringLiteral("&Nuova"), "btnNuova", this);
+  btnSalva_ = Pulsante(QStringLiteral("Sal&va"), "btnSalva", this);
+
+  auto* gruppo = new QGroupBox(QStringLiteral("Tipologia"), this);
+  gruppo->setObjectName(QStringLiteral("grpTipologia"));
+  auto* form = new QFormLayout;
+  form->addRow(QStringLiteral("Codice:"), edCodice_);
+  form->addRow(QStringLiteral("&Descrizione:"), edDescrizione_);
+  form->addRow(QStringLiteral("S&igla:"), edSigla_);
+  auto* lFatt = new QLabel(QStringLiteral("Fa&tturazione:"), this);
+  lFatt->setBuddy(cbTipoFatt_);
+  form->addRow(lFatt, cbTipoFatt_);
+  form->addRow(QString(), chkForfait_);
+  auto* prest = new QVBoxLayout;
+  auto* lPrest = new QLabel(QStringLiteral("&Prestazioni ammesse:"), this);
+  lPrest->setBuddy(lwPrestazioni_);
+  prest->addWidget(lPrest);
+  prest->addWidget(lwPrestazioni_, 1);
+  auto* dentro = new QHBoxLayout(gruppo);
+  dentro->addLayout(form, 3);
+  dentro->addSpacing(12);
+  dentro->addLayout(prest, 2);
+
+  auto* sotto = new QHBoxLayout;
+  sotto->addWidget(btnNuova_);
+  sotto->addWidget(btnSalva_);
+  sotto->addStretch(1);
+  sotto->addWidget(btnScegli_);
+  sotto->addWidget(btnChiudi_);
+  auto* l = new QVBoxLayout(this);
+  l->addWidget(lblScelta_);
+  l->addWidget(lista_, 1);
+  l->addWidget(gruppo);
+  l->addLayout(sotto);
+  resize(760, 580);
+
+  connect(lista_, &QTreeWidget::currentItemChanged, this, [this] { MostraRiga(); });
+  connect(lista_, &QTreeWidget::itemActivated, this, [this] {
+    if (InScelta()) Scegli();
+    else edDescrizione_->setFocus();
+  });
+  connect(btnNuova_, &QPushButton::clicked, this, &TipiDisposizioneDialog::Nuova);
+  connect(btnSalva_, &QPushButton::clicked, this, [this] { Salva(); });
+  CaricaPrestazioni();
+  Ricarica();
+}
+
+void TipiDisposizioneDialog::CaricaPrestazioni() {
+  lwPrestazioni_->clear();
+  try {
+    const auto r = db_.Select(Sql("SELECT CTabGen, DTabGen, Sigla FROM TabGen WHERE CTipTabGen=") +
+                              Sql::Param(kTabGenPrestazioni) + Sql(" ORDER BY DTabGen"));
+    for (const Row& row : r.rows) {
+      const QString sigla = Testo(row[2]);
+      auto* it = new QListWidgetItem(Testo(row[1]) + (sigla.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(sigla)),
+                                     lwPrestazioni_);
+      it->setData(Qt::UserRole, row[0].toInt());
+      it->setFlags(Qt::ItemIsEnabled | Qt::ItemIsUserCheckable | Qt::ItemIsSelectable);
+      it->setCheckState(Qt::Unchecked);
+    }
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile leggere le prestazioni."), e);
+  }
+}
+
+void TipiDisposizioneDialog::Apri(int cPrjDispTipo, Scelta scelta) {
+  scelta_ = std::move(scelta);
+  CaricaPrestazioni();
+  Ricarica();
+  if (cPrjDispTipo != 0) Seleziona(cPrjDispTipo);
+  Mostra(static_cast<bool>(scelta_));
+}
+
+void TipiDisposizioneDialog::Ricarica() {
+  const int prima = codiceInModifica_;
+  lista_->setSortingEnabled(false);
+  lista_->clear();
+  try {
+    const auto r = db_.Select(Sql("SELECT CPrjDispTipo, DPrjDispTipo, Sigla, Forfait, TipoFatt FROM ProjectsDispTipo"));
+    for (const Row& row : r.rows) {
+      auto* it = new Riga(lista_);
+      const int c = row[0].toInt();
+      it->setText(0, QString::number(c));
+      it->setData(0, kCodice, c);
+      it->setData(0, kOrdine, c);
+      it->setTextAlignment(0, Qt::AlignRight | Qt::AlignVCenter);
+      it->setText(1, Testo(row[1]));
+      it->setText(2, Testo(row[2]));
+      const bool forf = Vero(row[3]);
+      it->setText(3, forf ? QStringLiteral("Sì") : QString());
+      it->setData(3, Qt::UserRole, forf);
+      const int fatt = IsNull(row[4]) ? 0 : row[4].toInt();
+      it->setText(4, NomeTipoFatt(fatt));
+      it->setData(4, Qt::UserRole, fatt);
+    }
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile leggere le tipologie delle disposizioni."), e);
+  }
+  lista_->setSortingEnabled(true);
+  if (prima == 0 || !Seleziona(prima)) Nuova();
+}
+
+void TipiDisposizioneDialog::MostraRiga() {
+  const QTreeWidgetItem* it = lista_->currentItem();
+  auto* gruppo = findChild<QGroupBox*>(QStringLiteral("grpTipologia"));
+  QSet<int> ammesse;
+  if (!it) {
+    codiceInModifica_ = 0;
+    edCodice_->setText(QStringLiteral("(nuova)"));
+    edDescrizione_->clear();
+    edSigla_->clear();
+    chkForfait_->setChecked(false);
+    cbTipoFatt_->setCurrentIndex(0);
+    gruppo->setTitle(QStringLiteral("Nuova tipologia"));
+  } else {
+    codiceInModifica_ = it->data(0, kCodice).toInt();
+    edCodice_->setText(it->text(0));
+    edDescrizione_->setText(it->text(1));
+    edSigla_->setText(it->text(2));
+    chkForfait_->setChecked(it->data(3, Qt::UserRole).toBool());
+    const int i = cbTipoFatt_->findData(it->data(4, Qt::UserRole).toInt());
+    cbTipoFatt_->setCurrentIndex(i >= 0 ? i : 0);
+    gruppo->setTitle(QStringLiteral("Tipologia %1").arg(codiceInModifica_));
+    try {
+      const auto r = db_.Select(Sql("SELECT CPrestazione FROM ProjectsDisp2Prest WHERE CPrjDispTipo=") +
+                                Sql::Param(codiceInModifica_));
+      for (const Row& row : r.rows) ammesse.insert(row[0].toInt());
+    } catch (const VbError& e) {
+      ErroreDb(QStringLiteral("Impossibile leggere le prestazioni della tipologia."), e);
+    }
+  }
+  for (int i = 0; i < lwPrestazioni_->count(); ++i) {
+    QListWidgetItem* p = lwPrestazioni_->item(i);
+    p->setCheckState(ammesse.contains(p->data(Qt::UserRole).toInt()) ? Qt::Checked : Qt::Unchecked);
+  }
+}
+
+void TipiDisposizioneDialog::Nuova() {
+  lista_->clearSelection();
+  lista_->setCurrentItem(nullptr);
+  MostraRiga();
+  edDescrizione_->setFocus();
+}
+
+bool TipiDisposizioneDialog::Salva() {
+  const QString descr = edDescrizione_->text().trimmed();
+  const QString sigla = edSigla_->text().trimmed().toUpper();
+  if (descr.isEmpty()) {
+    Avvisa(QStringLiteral("Inserisci la descrizione!"));
+    edDescrizione_->setFocus();
+    return false;
+  }
+  const int codice = codiceInModifica_;
+  try {
+    const auto stessoNome = db_.Select(Sql("SELECT CPrjDispTipo FROM ProjectsDispTipo WHERE DPrjDispTipo=") +
+                                       Sql::Param(descr) + Sql(" AND CPrjDispTipo<>") + Sql::Param(codice));
+    if (!stessoNome.rows.empty()) {
+      Avvisa(QStringLiteral("Esiste già la tipologia «%1» (codice %2)!")
+                 .arg(descr)
+                 .arg(stessoNome.rows.front().front().toInt()));
+      edDescrizione_->setFocus();
+      return false;
+    }
+    if (!sigla.isEmpty()) {
+      const auto stessaSigla = db_.Select(Sql("SELECT DPrjDispTipo FROM ProjectsDispTipo WHERE Sigla=") +
+                                          Sql::Param(sigla) + Sql(" AND CPrjDispTipo<>") + Sql::Param(codice));
+      if (!stessaSigla.rows.empty()) {
+        Avvisa(QStringLiteral("La sigla «%1» è già usata dalla tipologia «%2»!")
+                   .arg(sigla, Testo(stessaSigla.rows.front().front())));
+        edSigla_->setFocus();
+        return false;
+      }
+    }
+    const QVariant siglaV = sigla.isEmpty() ? QVariant() : QVariant(sigla);
+    const bool forf = chkForfait_->isChecked();
+    const int fatt = cbTipoFatt_->currentData().toInt();
+    int salvato = codice;
+    InTransazione(db_, [&] {
+      if (codice == 0) {
+        salvato = Prossimo(db_, Sql("SELECT Max(CPrjDispTipo) FROM ProjectsDispTipo"));
+        db_.Execute(Sql("INSERT INTO ProjectsDispTipo (CPrjDispTipo, DPrjDispTipo, Sigla, Forfait, TipoFatt) "
+                        "VALUES (") +
+                    Sql::Param(salvato) + Sql(", ") + Sql::Param(descr) + Sql(", ") + Sql::Param(siglaV) +
+                    Sql(", ") + Sql::Param(forf) + Sql(", ") + Sql::Param(fatt) + Sql(")"));
+      } else {
+        db_.Execute(Sql("UPDATE ProjectsDispTipo SET DPrjDispTipo=") + Sql::Param(descr) + Sql(", Sigla=") +
+                    Sql::Param(siglaV) + Sql(", Forfait=") + Sql::Param(forf) + Sql(", TipoFatt=") +
+                    Sql::Param(fatt) + Sql(" WHERE CPrjDispTipo=") + Sql::Param(codice));
+      }
+      // The allowed service kinds are written again as checked.
+      db_.Execute(Sql("DELETE FROM ProjectsDisp2Prest WHERE CPrjDispTipo=") + Sql::Param(salvato));
+      for (int i = 0; i < lwPrestazioni_->count(); ++i) {
+        const QListWidgetItem* p = lwPrestazioni_->item(i);
+        if (p->checkState() != Qt::Checked) continue;
+        db_.Execute(Sql("INSERT INTO ProjectsDisp2Prest (CPrjDispTipo, CPrestazione) VALUES (") +
+                    Sql::Param(salvato) + Sql(", ") + Sql::Param(p->data(Qt::UserRole).toInt()) + Sql(")"));
+      }
+    });
+    codiceInModifica_ = salvato;
+    Ricarica();
+    emit Salvata(salvato);
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile salvare la tipologia."), e);
+    return false;
+  }
+  return true;
+}
+
+void TipiDisposizioneDialog::Scegli() {
+  if (!InScelta()) return;
+  const int c = CodiceSelezionato();
+  if (c == 0) {
+    Avvisa(QStringLiteral("Seleziona una tipologia!"));
+    return;
+  }
+  const Scelta s = std::move(scelta_);
+  scelta_ = {};
+  Consegna([&] { s(c); });
+}
+
+}  // namespace vorn
