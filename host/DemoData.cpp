@@ -1257,7 +1257,9 @@ class Demo {
   void ScriviDocumento(const Documento& d, bool righe = true) {
     const double imp = Imponibile(d);
     const double iva = Round(imp * 0.22, 2);  // every line here is at 22%
-    Inserisci(db_, "Doc",
+    // Supplier orders and deliveries are kept apart from the customer documents.
+    const bool fornitura = d.tipo == 12 || d.tipo == 15;
+    Inserisci(db_, fornitura ? "DocForn" : "Doc",
               {{"TipoDoc", d.tipo},
                {"NDoc", d.nDoc},
                {"Data", Dt(d.data)},
@@ -1273,7 +1275,7 @@ class Demo {
                {"CIva", d.cIva}});
     if (!righe) return;
     for (const Riga& l : d.righe)
-      Inserisci(db_, "DocDett",
+      Inserisci(db_, fornitura ? "DocFornDett" : "DocDett",
                 {{"TipoDoc", d.tipo},
                  {"NDoc", d.nDoc},
                  {"Scheda", 0},

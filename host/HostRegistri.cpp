@@ -15,6 +15,7 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSet>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -138,7 +139,7 @@ PeriodoDialog::PeriodoDialog(QWidget* parent) : QDialog(parent) {
   cbStato_->setObjectName(QStringLiteral("cbStato"));
   for (const auto& s : kStati) cbStato_->addItem(QString::fromUtf8(s.nome), s.codice);
 
-  auto* spiega = new QLabel(QStringLiteral("I modelli con data di inizio nel periodo, nello stato scelto."), this);
+  auto* spiega = new QLabel(QStringLiteral("Modelli iniziati nel periodo, nello stato scelto."), this);
   spiega->setWordWrap(true);
   auto* form = new QFormLayout;
   form->addRow(QStringLiteral("&Dal:"), dtDal_);
@@ -159,7 +160,7 @@ PeriodoDialog::PeriodoDialog(QWidget* parent) : QDialog(parent) {
   l->addLayout(form);
   l->addSpacing(6);
   l->addWidget(bottoni);
-  setMinimumWidth(340);
+  setMinimumWidth(380);
 }
 
 void PeriodoDialog::Apri(const QDate& dal, const QDate& al, int stato,
@@ -275,11 +276,14 @@ AnagraficheDialog::AnagraficheDialog(Database& db, QWidget* parent)
   NuovaLista({QStringLiteral("Codice"), QStringLiteral("Ragione sociale"), QStringLiteral("Città"),
               QStringLiteral("Prov."), QStringLiteral("Partita IVA"), QStringLiteral("Costo orario")});
   lista_->setObjectName(QStringLiteral("lvAnagrafiche"));
+  // The name takes the room left; the hourly cost, shown for the operators only, stays in sight.
+  lista_->header()->setStretchLastSection(false);
+  lista_->header()->setSectionResizeMode(1, QHeaderView::Stretch);
   lista_->setColumnWidth(0, 70);
-  lista_->setColumnWidth(1, 300);
-  lista_->setColumnWidth(2, 160);
+  lista_->setColumnWidth(2, 170);
   lista_->setColumnWidth(3, 50);
   lista_->setColumnWidth(4, 130);
+  lista_->setColumnWidth(5, 100);
 
   btnNuova_ = Pulsante(QStringLiteral("&Nuova..."), "btnNuova", this);
   btnModifica_ = Pulsante(QStringLiteral("&Modifica..."), "btnModifica", this);
@@ -529,7 +533,8 @@ AnagraficaForm::AnagraficaForm(Database& db, int tAnag, int cAnag, QWidget* pare
   spCostoH_->setMaximumWidth(140);
 
   auto* form = new QFormLayout;
-  form->addRow(QStringLiteral("&Ragione sociale:"), edRagSoc1_);
+  form->addRow(tAnag == kTAnagOperatori ? QStringLiteral("&Nome e cognome:") : QStringLiteral("&Ragione sociale:"),
+               edRagSoc1_);
   form->addRow(QStringLiteral("Ragione sociale (&2):"), edRagSoc2_);
   form->addRow(QStringLiteral("&Indirizzo:"), edIndirizzo_);
   auto* luogo = new QHBoxLayout;
@@ -539,7 +544,7 @@ AnagraficaForm::AnagraficaForm(Database& db, int tAnag, int cAnag, QWidget* pare
   lProv->setBuddy(edProv_);
   luogo->addWidget(lProv);
   luogo->addWidget(edProv_);
-  auto* lLuogo = new QLabel(QStringLiteral("CAP e &città:"), this);
+  auto* lLuogo = new QLabel(QStringLiteral("C&AP e città:"), this);
   lLuogo->setBuddy(edCap_);
   form->addRow(lLuogo, luogo);
   form->addRow(QStringLiteral("&Partita IVA:"), edPIva_);
@@ -587,7 +592,8 @@ void AnagraficaForm::Carica() {
 bool AnagraficaForm::Salva() {
   const QString ragSoc = edRagSoc1_->text().trimmed();
   if (ragSoc.isEmpty()) {
-    Avvisa(QStringLiteral("Inserisci la ragione sociale!"));
+    Avvisa(tAnag_ == kTAnagOperatori ? QStringLiteral("Inserisci il nome dell'operatore!")
+                                     : QStringLiteral("Inserisci la ragione sociale!"));
     edRagSoc1_->setFocus();
     return false;
   }
@@ -702,7 +708,7 @@ TipiModelloDialog::TipiModelloDialog(Database& db, QWidget* parent)
   l->addWidget(lista_, 1);
   l->addWidget(gruppo);
   l->addLayout(sotto);
-  resize(640, 500);
+  resize(640, 470);
 
   connect(lista_, &QTreeWidget::currentItemChanged, this, [this] { MostraRiga(); });
   connect(lista_, &QTreeWidget::itemActivated, this, [this] {
@@ -914,7 +920,7 @@ TipiDisposizioneDialog::TipiDisposizioneDialog(Database& db, QWidget* parent)
   l->addWidget(lista_, 1);
   l->addWidget(gruppo);
   l->addLayout(sotto);
-  resize(760, 580);
+  resize(760, 540);
 
   connect(lista_, &QTreeWidget::currentItemChanged, this, [this] { MostraRiga(); });
   connect(lista_, &QTreeWidget::itemActivated, this, [this] {

@@ -9,6 +9,7 @@
 #include <QDate>
 #include <QDialog>
 #include <functional>
+#include <iterator>
 
 #include "Database.h"
 

@@ -241,7 +241,7 @@ void HostWindow::ApplicaPeriodo(const QDate& dal, const QDate& al, int stato) {
 
 QString HostWindow::TestoPeriodo() const {
   if (!ctl_) return {};
-  return QStringLiteral("Periodo: dal %1 al %2   Stato: %3")
+  return QStringLiteral("Periodo: dal %1 al %2 · Stato: %3")
       .arg(Giorno(ctl_->DtIni()), Giorno(ctl_->DTEnd()), vorn::NomeStato(ctl_->Status()));
 }
 

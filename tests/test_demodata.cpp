@@ -215,35 +215,35 @@ TEST_P(DemoDataTest, ActivitiesAreNumberedByTheYearOfTheirStart) {
 }
 
 TEST_P(DemoDataTest, SupplierOrdersAndDeliveries) {
-  EXPECT_EQ(Count("SELECT Count(*) FROM Doc WHERE TipoDoc=12"), 12);
-  EXPECT_EQ(Count("SELECT Count(*) FROM Doc WHERE TipoDoc=15"), 15);
-  EXPECT_EQ(Count("SELECT Count(*) FROM Doc WHERE (TipoDoc=12 OR TipoDoc=15) AND TAnag<>2"), 0);
+  EXPECT_EQ(Count("SELECT Count(*) FROM DocForn WHERE TipoDoc=12"), 12);
+  EXPECT_EQ(Count("SELECT Count(*) FROM DocForn WHERE TipoDoc=15"), 15);
+  EXPECT_EQ(Count("SELECT Count(*) FROM DocForn WHERE (TipoDoc=12 OR TipoDoc=15) AND TAnag<>2"), 0);
   EXPECT_EQ(Count("SELECT Count(*) FROM [Doc:Forniture]"), 27);
   EXPECT_GE(Count("SELECT Count(*) FROM [Doc:FornitureDett] WHERE TipoDoc=12"), 12);
   EXPECT_GE(Count("SELECT Count(*) FROM [Doc:FornitureDett] WHERE TipoDoc=15"), 15);
   // Every delivery line points to an order line of the same supplier.
-  EXPECT_EQ(Count("SELECT Count(*) FROM DocDett c WHERE c.TipoDoc=15 AND NOT EXISTS (SELECT 1 FROM "
-                  "DocDett o "
-                  "INNER JOIN Doc od ON od.TipoDoc=o.TipoDoc AND od.NDoc=o.NDoc "
-                  "INNER JOIN Doc cd ON cd.TipoDoc=c.TipoDoc AND cd.NDoc=c.NDoc "
+  EXPECT_EQ(Count("SELECT Count(*) FROM DocFornDett c WHERE c.TipoDoc=15 AND NOT EXISTS (SELECT 1 FROM "
+                  "DocFornDett o "
+                  "INNER JOIN DocForn od ON od.TipoDoc=o.TipoDoc AND od.NDoc=o.NDoc "
+                  "INNER JOIN DocForn cd ON cd.TipoDoc=c.TipoDoc AND cd.NDoc=c.NDoc "
                   "WHERE o.TipoDoc=c.TipoDocRif AND o.NDoc=c.NDocRif AND o.Riga=c.RigaRif AND "
                   "c.TipoDocRif=12 "
                   "AND od.CAnag=cd.CAnag AND cd.Data>=od.Data)"),
             0);
   // What arrived on each order line is the sum of its deliveries.
   for (const Row& r :
-       Rows("SELECT o.NDoc, o.Riga, o.Qta, o.QtaArr, (SELECT Sum(c.Qta) FROM DocDett c WHERE "
+       Rows("SELECT o.NDoc, o.Riga, o.Qta, o.QtaArr, (SELECT Sum(c.Qta) FROM DocFornDett c WHERE "
             "c.TipoDoc=15 AND c.TipoDocRif=12 AND c.NDocRif=o.NDoc AND c.RigaRif=o.Riga) "
-            "FROM DocDett o WHERE o.TipoDoc=12")) {
+            "FROM DocFornDett o WHERE o.TipoDoc=12")) {
     EXPECT_DOUBLE_EQ(r[3].toDouble(), r[4].isValid() ? r[4].toDouble() : 0.0)
         << r[0].toInt() << '/' << r[1].toInt();
     EXPECT_LE(r[3].toDouble(), r[2].toDouble()) << r[0].toInt() << '/' << r[1].toInt();
   }
   // Partial lines, one line never delivered, one line in two lots at different prices.
-  EXPECT_GE(Count("SELECT Count(*) FROM DocDett WHERE TipoDoc=12 AND QtaArr>0 AND QtaArr<Qta"), 1);
-  EXPECT_EQ(Count("SELECT Count(*) FROM DocDett WHERE TipoDoc=12 AND QtaArr=0"), 1);
+  EXPECT_GE(Count("SELECT Count(*) FROM DocFornDett WHERE TipoDoc=12 AND QtaArr>0 AND QtaArr<Qta"), 1);
+  EXPECT_EQ(Count("SELECT Count(*) FROM DocFornDett WHERE TipoDoc=12 AND QtaArr=0"), 1);
   const auto lotti = Rows(
-      "SELECT NDocRif, RigaRif, Count(*), Sum(Qta), Sum(Qta*PzVend) FROM DocDett "
+      "SELECT NDocRif, RigaRif, Count(*), Sum(Qta), Sum(Qta*PzVend) FROM DocFornDett "
       "WHERE TipoDoc=15 GROUP BY NDocRif, RigaRif HAVING Count(*)=2 AND Min(PzVend)=10 "
       "AND Max(PzVend)=14");
   ASSERT_EQ(lotti.size(), 1u);
@@ -252,7 +252,7 @@ TEST_P(DemoDataTest, SupplierOrdersAndDeliveries) {
   // One delivery under a causal that is not billed.
   EXPECT_EQ(
       Count(
-          "SELECT Count(*) FROM (SELECT DISTINCT c.NDoc FROM DocDett c INNER JOIN [ABC:Causfatt] k "
+          "SELECT Count(*) FROM (SELECT DISTINCT c.NDoc FROM DocFornDett c INNER JOIN [ABC:Causfatt] k "
           "ON c.CCaus=k.CTabGen WHERE c.TipoDoc=15 AND k.Bool8=0)"),
       1);
   // The order lines are tied to dispositions, with their service kinds.
@@ -262,8 +262,9 @@ TEST_P(DemoDataTest, SupplierOrdersAndDeliveries) {
                   "AND l.CDisp=d.CDisp WHERE d.CProject IS NULL"),
             0);
   EXPECT_EQ(
-      Count("SELECT Count(*) FROM ProjectsDocDett l LEFT JOIN DocDett r ON r.TipoDoc=l.TipoDoc "
-            "AND r.NDoc=l.NDoc AND r.Scheda=l.Scheda AND r.Riga=l.Riga WHERE r.TipoDoc IS NULL"),
+      Count("SELECT Count(*) FROM ProjectsDocDett l LEFT JOIN DocFornDett r ON r.TipoDoc=l.TipoDoc "
+            "AND r.NDoc=l.NDoc AND r.Scheda=l.Scheda AND r.Riga=l.Riga LEFT JOIN DocDett v ON v.TipoDoc=l.TipoDoc "
+            "AND v.NDoc=l.NDoc AND v.Scheda=l.Scheda AND v.Riga=l.Riga WHERE r.TipoDoc IS NULL AND v.TipoDoc IS NULL"),
       0);
   for (const Row& r :
        Rows("SELECT TipoDoc, NDoc, Min(RigaD), Max(RigaD), Count(*) FROM ProjectsDocDett "
@@ -350,7 +351,7 @@ TEST_P(DemoDataTest, LoadersReadTheDemo) {
 
   // The model tied to the order line that arrived in two lots: 3 at 10.00 and 1 at 14.00.
   const auto lotto = Rows(
-      "SELECT l.CProject, l.CDisp FROM ProjectsDocDett l INNER JOIN DocDett c ON "
+      "SELECT l.CProject, l.CDisp FROM ProjectsDocDett l INNER JOIN DocFornDett c ON "
       "c.TipoDocRif=l.TipoDoc AND c.NDocRif=l.NDoc AND c.RigaRif=l.Riga "
       "WHERE l.TipoDoc=12 AND c.TipoDoc=15 AND c.PzVend=14");
   ASSERT_EQ(lotto.size(), 1u);

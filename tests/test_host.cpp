@@ -2,6 +2,8 @@
 // answers to the component's requests.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
@@ -156,7 +158,7 @@ TEST(Host, OpensTheComponentOnTheDemoDatabase) {
   EXPECT_EQ(h.Register()->Count(), attesi);
   auto* periodo = h.Find<QLabel>(h.w.get(), "lblPeriodo");
   ASSERT_TRUE(periodo);
-  EXPECT_EQ(periodo->text(), QStringLiteral("Periodo: dal 01/01/%1 al 31/12/%2   Stato: Tutti")
+  EXPECT_EQ(periodo->text(), QStringLiteral("Periodo: dal 01/01/%1 al 31/12/%2 · Stato: Tutti")
                                  .arg(oggi.year() - 2)
                                  .arg(oggi.year()));
   // The menus and their entries.
@@ -366,7 +368,7 @@ TEST(Host, PeriodAndStateReachTheComponent) {
   EXPECT_EQ(h.Register()->Count(), attesi);
   const QLocale it(QLocale::Italian, QLocale::Italy);
   EXPECT_EQ(h.Find<QLabel>(h.w.get(), "lblPeriodo")->text(),
-            QStringLiteral("Periodo: dal %1 al %2   Stato: Aperti")
+            QStringLiteral("Periodo: dal %1 al %2 · Stato: Aperti")
                 .arg(it.toString(da, "dd/MM/yyyy"), it.toString(oggi, "dd/MM/yyyy")));
 }
 
@@ -458,7 +460,7 @@ TEST(Host, PartyRegisterAddsChangesAndDeletes) {
   ASSERT_TRUE(form);
   // No name: the form says so and stays open.
   h.Click(form, "btnOK");
-  EXPECT_EQ(h.Prompts(), QStringList{"Inserisci la ragione sociale!"});
+  EXPECT_EQ(h.Prompts(), QStringList{"Inserisci il nome dell'operatore!"});
   EXPECT_TRUE(form->isVisible());
   QTest::keyClicks(h.Find<QLineEdit>(form, "edRagSoc1"), "Ferri Giulio");
   h.Find<QLineEdit>(form, "edPIva")->setText("12345");
@@ -505,6 +507,47 @@ TEST(Host, PartyRegisterAddsChangesAndDeletes) {
   h.Find<QCheckBox>(dlg, "chkEliminate")->setChecked(true);
   h.ClickRow(list, atteso);
   EXPECT_EQ(h.Find<QPushButton>(dlg, "btnElimina")->text(), "&Ripristina");
+}
+
+TEST(Host, NewCustomerIsCheckedBeforeItIsWritten) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  auto* dlg = h.w->Anagrafiche();
+  dlg->Apri(1, 0);
+  const int clienti = h.Scalar(Sql("SELECT Count(*) FROM Anagrafica WHERE TAnag=1")).toInt();
+  h.Click(dlg, "btnNuova");
+  AnagraficaForm* form = nullptr;
+  for (auto* f : dlg->findChildren<AnagraficaForm*>())
+    if (f->isVisible()) form = f;
+  ASSERT_TRUE(form);
+  EXPECT_FALSE(h.Find<QDoubleSpinBox>(form, "spCostoH")->isVisible());  // not an operator
+  h.Click(form, "btnOK");
+  EXPECT_EQ(h.Prompts(), QStringList{"Inserisci la ragione sociale!"});
+  // A name already in the register (in other letter case): the user is asked, and says no.
+  const QString esistente = h.Scalar(Sql("SELECT RagSoc1 FROM Anagrafica WHERE TAnag=1 AND CAnag=1")).toString();
+  h.Find<QLineEdit>(form, "edRagSoc1")->setText(esistente.toUpper());
+  h.Find<QLineEdit>(form, "edProv")->setText("2B");
+  h.Click(form, "btnOK");
+  EXPECT_EQ(h.messages->asked.back().prompt, "Indica la provincia con la sigla di due lettere!");
+  h.Find<QLineEdit>(form, "edProv")->setText("bs");
+  h.messages->answers.push_back(vbNo);
+  h.Click(form, "btnOK");
+  EXPECT_TRUE(h.messages->asked.back().prompt.startsWith(QStringLiteral("Esiste già un'anagrafica «%1» (codice 1)")
+                                                             .arg(esistente.toUpper())));
+  EXPECT_TRUE(form->isVisible());
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM Anagrafica WHERE TAnag=1")).toInt(), clienti);
+  // A new name goes in with the next code of the type.
+  h.Find<QLineEdit>(form, "edRagSoc1")->setText("Torneria Valtrompia S.r.l.");
+  h.Find<QLineEdit>(form, "edPIva")->setText("01234567890");
+  h.Click(form, "btnOK");
+  EXPECT_FALSE(form->isVisible());
+  const auto r = h.db->Select(Sql("SELECT CAnag, Prov, PIva, RagSoc2 FROM Anagrafica WHERE TAnag=1 AND RagSoc1=") +
+                              Sql::Param(QStringLiteral("Torneria Valtrompia S.r.l.")));
+  ASSERT_EQ(r.rows.size(), 1u);
+  EXPECT_EQ(r.rows[0][0].toInt(), clienti + 1);
+  EXPECT_EQ(r.rows[0][1].toString(), "BS");
+  EXPECT_EQ(r.rows[0][2].toString(), "01234567890");
+  EXPECT_TRUE(r.rows[0][3].isNull());
 }
 
 TEST(Host, DeletedPartyCannotBeChosen) {

@@ -33,13 +33,13 @@ QStringList Codici(const RecordsetPtr& rs) {
 void Lavori(TestDb& t) {
   t.Exec("INSERT INTO TabGen (CTipTabGen, CTabGen, DTabGen, Sigla, Bool8) VALUES "
          "(1, 1, 'C/Lavorazione', 'CL', -1), (1, 2, 'Omaggio', 'OM', 0), (12, 1, 'Saldatura', '', 0)");
-  t.Exec("INSERT INTO Doc (TipoDoc, NDoc, Data, Riferimento, TAnag, CAnag) VALUES "
+  t.Exec("INSERT INTO DocForn (TipoDoc, NDoc, Data, Riferimento, TAnag, CAnag) VALUES "
          "(12, 100, '2025-01-15 00:00:00', 'Ord. 100', 2, 1), (15, 200, '2025-01-20 00:00:00', 'DDT 7', 2, 1), "
          "(15, 201, '2025-01-25 00:00:00', 'DDT 9', 2, 1), (15, 202, '2025-01-26 00:00:00', 'DDT 10', 2, 1)");
   // Order 100: line 1 delivered twice (3 at 10.00, 1 at 14.00), line 2 never, line 3 only with quantity 0.
-  t.Exec("INSERT INTO DocDett (TipoDoc, NDoc, Scheda, Riga, Qta, QtaArr, PzVend, CCaus) VALUES "
+  t.Exec("INSERT INTO DocFornDett (TipoDoc, NDoc, Scheda, Riga, Qta, QtaArr, PzVend, CCaus) VALUES "
          "(12, 100, 0, 1, 4, 4, 9.5, 1), (12, 100, 0, 2, 10, 0, 3.4, 1), (12, 100, 0, 3, 5, 0, 2, 1)");
-  t.Exec("INSERT INTO DocDett (TipoDoc, NDoc, Scheda, Riga, Qta, PzVend, CCaus, TipoDocRif, NDocRif, RigaRif) VALUES "
+  t.Exec("INSERT INTO DocFornDett (TipoDoc, NDoc, Scheda, Riga, Qta, PzVend, CCaus, TipoDocRif, NDocRif, RigaRif) VALUES "
          "(15, 200, 0, 1, 3, 10, 1, 12, 100, 1), (15, 201, 0, 1, 1, 14, 2, 12, 100, 1), "
          "(15, 202, 0, 1, 0, 50, 1, 12, 100, 3)");
   t.Exec("INSERT INTO ProjectsDocDett (TipoDoc, NDoc, Scheda, Riga, RigaD, CProject, CDisp, Qta, Importo) VALUES "

@@ -10,6 +10,7 @@
 #include "ModPrestKT.h"
 #include "Procedure.h"
 #include "ProcedureUi.h"
+#include "frmModelli.h"
 
 namespace prestkt {
 
@@ -126,6 +127,9 @@ void OCPrestKT::BuildSurface() {
   });
   connect(Command1, &QPushButton::clicked, this, [this] { emit CallShowAnag(); });
   connect(ListView1, &ListView::ColumnClick, this, &OCPrestKT::ColumnClick);
+  connect(ListView1, &ListView::DblClick, this, [this] {
+    if (!gOnlyInput) Modifica();
+  });
   connect(ListView1, &ListView::RightButtonUp, this, [this](const QPoint& p) { mnuTD->popup(p); });
 }
 
@@ -492,6 +496,44 @@ void OCPrestKT::mnuReOpen_Click() {
   }
   g([&] { CaricaModelli(gDtIni, gDTEnd, gStatus); });
   g([&] { CaricaList(); });
+}
+
+// The next screen's place: 300 twips right of the host's top window, 300 from the top.
+void OCPrestKT::PosizionaScheda() {
+  QWidget* padre = this;
+  while (padre->parentWidget()) padre = padre->parentWidget();  // TrovaFormPadre
+  gLeftForm = padre->x() * 15 + 300;
+  gTopForm = 300;
+}
+
+void OCPrestKT::ApriModello(int codice, int azione) {
+  PosizionaScheda();
+  frmModelli f(window());
+  f.CProject = codice;
+  f.Azione = azione;
+  f.Form_Load();
+  f.exec();
+}
+
+void OCPrestKT::Aggiungi() {
+  if (gOnlyInput) return;
+  Guard g(kModulo, QStringLiteral("Aggiungi"));
+  g([&] { gCProject = 0; });
+  g([&] { CaricaDatiModello(0); });
+  g([&] { ApriModello(0, 2); });
+}
+
+void OCPrestKT::Modifica() {
+  if (gOnlyInput || ListView1->Count() == 0) return;
+  Guard g(kModulo, QStringLiteral("Modifica"));
+  // With no line selected the read fails and the card opens on the model gCProject held.
+  g([&] {
+    const int row = ListView1->SelectedIndex();
+    if (row < 0) Raise(err::ObjectNotSet);
+    gCProject = ListView1->Key(row).mid(1).toInt();
+  });
+  g([&] { CaricaDatiModello(gCProject); });
+  g([&] { ApriModello(gCProject, 1); });
 }
 
 void OCPrestKT::Elimina() {

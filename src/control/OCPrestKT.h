@@ -58,6 +58,8 @@ class OCPrestKT : public QWidget {
   void Initialize();
   void DBConn(const DatabasePtr& db, int vCurUtente, const QIcon& vIcona, const QString& vPathDocs,
               int initialTAnag = 0, bool chronoMode = false);
+  void Aggiungi();
+  void Modifica();
   void Elimina();
 
   // The host's answers, forwarded to the open card. With no card open the
@@ -104,6 +106,8 @@ class OCPrestKT : public QWidget {
   void ConnectRelay();
   void ColumnClick(int column);
   void ReloadDataInCtrl(int& cProject);
+  void PosizionaScheda();
+  void ApriModello(int codice, int azione);
 
   QFrame* Frame1;
   QFrame* Frame2;

@@ -1,5 +1,7 @@
 #include "Schema.h"
 
+#include <algorithm>
+
 #include "Database.h"
 
 namespace prestkt {
@@ -143,6 +145,13 @@ std::vector<TableDef> MakeTables() {
                    C("Descrizione", dbText, 255), C("Importo", dbDouble, 0, true, "0")},
                   {"Progressivo", "Riga"},
                   {{"ID"}}});
+  // Supplier orders and deliveries live apart from the customer documents, in
+  // tables of the same shape: the stored queries of supplies read them.
+  for (const char* coppia : {"Doc", "DocDett"}) {
+    TableDef forn = *std::find_if(host.begin(), host.end(), [&](const TableDef& t) { return t.name == QLatin1String(coppia); });
+    forn.name = forn.name == QLatin1String("Doc") ? QStringLiteral("DocForn") : QStringLiteral("DocFornDett");
+    host.push_back(forn);
+  }
   for (auto& h : host) {
     h.host = true;
     t.push_back(std::move(h));
@@ -156,11 +165,11 @@ std::vector<ViewDef> MakeViews() {
       {"ABC:Causfatt", "SELECT CTabGen, DTabGen, Sigla, Bool8 FROM TabGen WHERE CTipTabGen=1"},
       {"ABC:Dipendenti", "SELECT CAnag AS CDip, RagSoc1 AS Nome, Eliminato FROM Anagrafica WHERE TAnag=10"},
       {"Doc:Forniture",
-       "SELECT TipoDoc, NDoc, Data AS DataDoc, Riferimento, TAnag, CAnag, DataCons FROM Doc "
+       "SELECT TipoDoc, NDoc, Data AS DataDoc, Riferimento, TAnag, CAnag, DataCons FROM DocForn "
        "WHERE TipoDoc=12 OR TipoDoc=15"},
       {"Doc:FornitureDett",
        "SELECT TipoDoc, NDoc, Riga, Qta, QtaArr, Annullato, PzVend AS Importo, CCaus, TipoDocRif, NDocRif, "
-       "RigaRif, Ctipo, CArt, CVar, CodTesto, CodForn, DArt, NotaArt, CIVA AS CIva FROM DocDett "
+       "RigaRif, Ctipo, CArt, CVar, CodTesto, CodForn, DArt, NotaArt, CIVA AS CIva FROM DocFornDett "
        "WHERE (TipoDoc=12 OR TipoDoc=15) AND Scheda=0"},
       {"Doc:FattDiff", "SELECT Progressivo, TipoDocRif, NDocRif, Data FROM FattDiff"},
       {"Doc:FattDiffDett", "SELECT Progressivo, Riga, ID, Descrizione, Importo FROM FattDiffDett"},
