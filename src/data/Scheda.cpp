@@ -1,6 +1,7 @@
 #include "Scheda.h"
 
 #include <QApplication>
+#include <QPushButton>
 #include <QStyle>
 
 #include "ModMagnify.h"
@@ -58,6 +59,12 @@ Scheda::Scheda(QWidget* parent, const QString& nome) : QDialog(parent) {
   cleaner->SetForm(this);
 }
 
+// The dialog hides its fields while it goes; a field that loses the focus then
+// commits its value, and no handler of the screen, already gone, may hear it.
+Scheda::~Scheda() {
+  for (QObject* c : findChildren<QObject*>()) c->blockSignals(true);
+}
+
 void Scheda::CreaToolbar(const std::vector<Pulsante>& pulsanti) {
   int ultimo = 0;
   for (const auto& p : pulsanti) ultimo = std::max(ultimo, p.index);
@@ -83,6 +90,11 @@ void Scheda::CreaToolbar(const std::vector<Pulsante>& pulsanti) {
 
 void Scheda::Prepara(const QString& titolo) {
   setWindowTitle(titolo);
+  // Enter belongs to the fields and the scanner, not to the first button of the card.
+  for (QPushButton* b : findChildren<QPushButton*>()) {
+    b->setAutoDefault(false);
+    b->setDefault(false);
+  }
   ToolBarLoadImages(Toolbar1, SceltaImmagini(imlNormale, imlGrande));
   if (gMagnify > 16) ImpostaLayoutGrande(this);
   adjustSize();

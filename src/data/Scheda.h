@@ -26,6 +26,7 @@ class Scheda : public QDialog {
   };
 
   Scheda(QWidget* parent, const QString& nome);
+  ~Scheda() override;
 
   QToolBar* Toolbar1 = nullptr;
   QMenuBar* menuBar = nullptr;

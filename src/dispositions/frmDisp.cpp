@@ -145,7 +145,7 @@ void frmDisp::BuildUi() {
   SSTab1->addTab(Pagina(lvwEsecExt), QStringLiteral("Esec. esterne"));
   SSTab1->addTab(Pagina(lvwDocs), QStringLiteral("DDT"));
   SSTab1->addTab(Pagina(TBAnnot), QStringLiteral("Annotazioni"));
-  SSTab1->setMinimumSize(680, 240);
+  SSTab1->setMinimumSize(820, 240);
   corpo->addWidget(SSTab1, 1);
 }
 
@@ -181,17 +181,13 @@ void frmDisp::ConnectUi() {
   // Of the menus only "Sblocca dati" and "Sposta" act; the toolbar carries the rest.
   connect(mnuSblocca, &QAction::triggered, this, &frmDisp::mnuSblocca_Click);
   connect(mnuSposta, &QAction::triggered, this, &frmDisp::mnuSposta_Click);
-  connect(CBTipoDisp, &QComboBox::currentIndexChanged, this, [this] {
-    if (!caricaTipo_) CBTipoDisp_Click();
-  });
+  connect(CBTipoDisp, &QComboBox::currentIndexChanged, this, &frmDisp::CBTipoDisp_Click);
   connect(chkClosed, &QCheckBox::toggled, this, &frmDisp::chkClosed_Click);
   connect(SSTab1, &QTabWidget::currentChanged, this, [this] { SSTab1_Click(); });
   connect(Command3, &QPushButton::clicked, this, [this] {
     QVariant tipo = CodiceTipo();
     gOcxEventS->ShowTipologieDisp(tipo);
   });
-  for (QWidget* w : {static_cast<QWidget*>(DTEnd), static_cast<QWidget*>(OCPzVend), static_cast<QWidget*>(OCUpQta)})
-    Q_UNUSED(w);
   connect(DTEnd, &QDateEdit::dateChanged, this, [this] { SetModificato(true); });
   connect(chkDefPzVend, &QCheckBox::toggled, this, [this] { SetModificato(true); });
   connect(OCPzVend, &QDoubleSpinBox::valueChanged, this, [this] { SetModificato(true); });
@@ -234,12 +230,8 @@ void frmDisp::Form_Load() {
   g([&] { Prepara(QStringLiteral("Scheda disposizione")); });
   g([&] { IniVideo(); });
   g([&] { AggiornaToolbar(); });
-  g([&] {
-    caricaTipo_ = true;
-    CaricaComboTipoDisp(CBTipoDisp);
-    CBTipoDisp->setCurrentIndex(0);
-    caricaTipo_ = false;
-  });
+  // Filling selects "{tutte}", and its click sets the face of a card with no type.
+  g([&] { CaricaComboTipoDisp(CBTipoDisp); });
   g([&] {
     CBGroupFatt->clear();
     CBGroupFatt->addItem(QStringLiteral("{standard}"), 0);

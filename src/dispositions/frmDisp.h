@@ -133,7 +133,6 @@ class frmDisp : public Scheda {
 
   bool modificato_ = false;
   bool caricato_ = false;
-  bool caricaTipo_ = false;  // CBTipoDisp being set by the card itself
   bool tabAperta_[5] = {true, false, false, false, false};  // the first opening of each tab
 };
 

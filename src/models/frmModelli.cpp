@@ -160,7 +160,7 @@ void frmModelli::BuildUi() {
   SSTab1->addTab(Pagina(TBAnnot), QStringLiteral("Annotazioni sul modello"));
   SSTab1->addTab(Pagina(lvwDocs), QStringLiteral("Documenti"));
   SSTab1->addTab(Pagina(lvwRegistrazioni), QStringLiteral("Registrazioni"));
-  SSTab1->setMinimumSize(620, 260);
+  SSTab1->setMinimumSize(720, 260);
   corpo->addWidget(SSTab1, 1);
 
   Timer1 = new QTimer(this);
