@@ -187,6 +187,15 @@ void HostWindow::BuildMenus() {
 
   QMenu* modelli = menuBar()->addMenu(QStringLiteral("&Modelli"));
   modelli->setObjectName(QStringLiteral("mnuModelli"));
+  QAction* nuovo = modelli->addAction(QStringLiteral("&Nuovo modello..."), ctl_, &OCPrestKT::Aggiungi);
+  nuovo->setObjectName(QStringLiteral("actAggiungi"));
+  nuovo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
+  nuovo->setEnabled(!o_.onlyInput);
+  QAction* apri = modelli->addAction(QStringLiteral("&Apri modello selezionato..."), ctl_, &OCPrestKT::Modifica);
+  apri->setObjectName(QStringLiteral("actModifica"));
+  apri->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
+  apri->setEnabled(!o_.onlyInput);
+  modelli->addSeparator();
   actElimina_ = modelli->addAction(QStringLiteral("&Elimina modello"), ctl_, &OCPrestKT::Elimina);
   actElimina_->setObjectName(QStringLiteral("actElimina"));
   actElimina_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Delete));

@@ -716,7 +716,7 @@ void frmDisp::CaricaListEsecInt() {
     ListViewSetColumns(lvwEsecInt,
                        {QString(), QStringLiteral("Lancio"), QStringLiteral("Data"), QStringLiteral("Operatore"),
                         QStringLiteral("Prestazione"), QStringLiteral("Tempo")},
-                       {270, 1200, 1100, 2500, 2500, 900},
+                       {270, 1200, 1100, 2200, 2200, 900},
                        {lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnRight});
   });
   RecordsetPtr rs;
@@ -780,7 +780,7 @@ void frmDisp::CaricaListEsecExt() {
                          {QString(), QStringLiteral("Ordine"), QStringLiteral("Data"), QStringLiteral("Fornitore"),
                           QStringLiteral("Q.tà"), QStringLiteral("Da Ev"), QStringLiteral("Imp.Ord"),
                           QStringLiteral("Imp.Eff"), QStringLiteral("Caus.")},
-                         {270, 1200, 1100, 2600, 800, 800, 1000, 1000, 700},
+                         {270, 1200, 1100, 2000, 800, 800, 1000, 1000, 700},
                          {lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnRight, lvwColumnRight,
                           lvwColumnRight, lvwColumnRight, lvwColumnLeft});
   });
