@@ -65,6 +65,15 @@ QString SqliteColumnType(const ColumnDef& c) {
 
 }  // namespace
 
+void CancellaFiltrati(const RecordsetPtr& rs, const QString& filtro) {
+  rs->SetFilter(filtro);
+  while (!rs->Eof()) {
+    rs->Delete();
+    rs->MoveNext();
+  }
+  rs->SetFilter(QString());
+}
+
 void ADO2ADO(const RecordsetPtr& rsFrom, RecordsetPtr& rsTo, bool tutti, bool aggiungi, const QVariant& filtro,
              bool sostituisci, const Progress& progress) {
   Guard g(kModulo, QStringLiteral("ADO2ADO"));
@@ -85,16 +94,7 @@ void ADO2ADO(const RecordsetPtr& rsFrom, RecordsetPtr& rsTo, bool tutti, bool ag
   } else {
     g([&] { rsFrom->SetFilter(f); });
   }
-  if (sostituisci) {
-    g([&] {
-      rsTo->SetFilter(f);
-      while (!rsTo->Eof()) {
-        rsTo->Delete();
-        rsTo->MoveNext();
-      }
-      rsTo->SetFilter(QString());
-    });
-  }
+  if (sostituisci) g([&] { CancellaFiltrati(rsTo, f); });
   g([&] {
     const int count = rsFrom->RecordCount();
     const int n = rsFrom->FieldCount();

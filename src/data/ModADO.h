@@ -21,6 +21,9 @@ void ADO2ADO(const RecordsetPtr& rsFrom, RecordsetPtr& rsTo, bool tutti, bool ag
 bool ADO2DAO(const RecordsetPtr& rs, const QString& nomeTabella, bool copiaDati,
              const QStringList& chiavi = {}, const QStringList& indici = {});
 
+// Deletes every row of rs under the filter, then clears the filter.
+void CancellaFiltrati(const RecordsetPtr& rs, const QString& filtro);
+
 // Saves rs to path (XML, or binary when binario). A null rs does nothing.
 bool ScriviXML(const RecordsetPtr& rs, const QString& path, bool togliFiltro, bool binario = false);
 

@@ -1,6 +1,7 @@
 #include "ModPrestKT.h"
 
 #include "Messages.h"
+#include "ModADO.h"
 #include "Procedure.h"
 
 namespace prestkt {
@@ -232,14 +233,7 @@ void CaricaAttivita(RecordsetPtr& rs, int cProject, int cDisp, int cAttivita, bo
   if (!aggiorna) {
     g([&] { DAO2ADO(dao, rs); });
   } else {
-    g([&] { rs->SetFilter(filtro); });
-    g([&] {
-      while (!rs->Eof()) {
-        rs->Delete();
-        rs->MoveNext();
-      }
-    });
-    g([&] { rs->SetFilter(QString()); });
+    g([&] { CancellaFiltrati(rs, filtro); });
     g([&] { DAO2ADO(dao, rs, {}, true); });
   }
   // Activities stored without a cost take the operator's present one, in memory only.

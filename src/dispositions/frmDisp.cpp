@@ -372,13 +372,7 @@ void frmDisp::CBTipoDisp_Click() {
         return;
       }
       // Only the card's copy: the table changes at the save.
-      g([&] {
-        rcsDett->SetFilter(QString());
-        while (!rcsDett->Eof()) {
-          rcsDett->Delete();
-          rcsDett->MoveNext();
-        }
-      });
+      g([&] { CancellaFiltrati(rcsDett, QString()); });
     }
   }
   g([&] {

@@ -7,6 +7,7 @@
 #include <QPainter>
 
 #include "Guard.h"
+#include "ModADO.h"
 #include "ModListViewKT.h"
 #include "ModPrestKT.h"
 #include "Procedure.h"
@@ -744,63 +745,38 @@ QString frmModelli::CalcTempo(int cDisp) {
 }
 
 void frmModelli::CancDisp() {
-  Guard g(kForm, QStringLiteral("CancDisp"));
-  int cDisp = 0;
-  g([&] { cDisp = CDispSelezionata(ListView1); });
-  if (MsgBox(QStringLiteral("Vuoi cancellare la disposizione n° ") + Format(gCProject, QStringLiteral("0000-00000")) +
-                 QLatin1Char('/') + Format(cDisp, QStringLiteral("0000")) + QStringLiteral(" ?"),
-             vbYesNo | vbQuestion | vbDefaultButton2) != vbYes)
-    return;
-  // The database rows go by gCProject: a card opened to add has 0 there, and
-  // its rows stay in the database while they leave the memory copy.
-  const QString where = QStringLiteral(" WHERE CProject=") + N(gCProject) + QStringLiteral(" AND CDisp=") + N(cDisp);
-  g([&] { QueryExe(QStringLiteral("DELETE * FROM ActivitiesProd") + where); });
-  g([&] { QueryExe(QStringLiteral("DELETE * FROM ProjectsDisp") + where); });
-  g([&] { QueryExe(QStringLiteral("DELETE * FROM ProjectsDispDett") + where); });
-  for (RecordsetPtr* rs : {&gRcsDisp, &gRcsDispDett})
-    g([&] {
-      (*rs)->SetFilter(QStringLiteral("CDisp=") + N(cDisp));
-      while (!(*rs)->Eof()) {
-        (*rs)->Delete();
-        (*rs)->MoveNext();
-      }
-      (*rs)->SetFilter(QString());
-    });
-  g([&] { ListView1->RemoveItem(ListView1->SelectedIndex()); });
-  g([&] {
-    if (ListView1->Count() > 0) {
-      ListView1->SetSelected(0);
-      ListView1->EnsureVisible(0);
-    }
+  CancellaRiga(ListView1, QStringLiteral("CancDisp"), [](int cDisp) {
+    return QStringLiteral("Vuoi cancellare la disposizione n° ") + Format(gCProject, QStringLiteral("0000-00000")) +
+           QLatin1Char('/') + Format(cDisp, QStringLiteral("0000")) + QStringLiteral(" ?");
   });
 }
 
 void frmModelli::CancRegistrazione() {
-  Guard g(kForm, QStringLiteral("CancRegistrazione"));
+  CancellaRiga(lvwRegistrazioni, QStringLiteral("CancRegistrazione"), [](int cDisp) {
+    return QStringLiteral("Vuoi cancellare la registrazione n° ") + Format(cDisp, QStringLiteral("0000")) +
+           QStringLiteral(" ?");
+  });
+}
+
+// The selected disposition or registration goes, after the question, with its
+// activities and service kinds. The database rows go by gCProject: a card opened
+// to add has 0 there, and its rows stay in the database while they leave the
+// memory copy and the list.
+void frmModelli::CancellaRiga(ListView* lista, const QString& procedura, const std::function<QString(int)>& domanda) {
+  Guard g(kForm, procedura);
   int cDisp = 0;
-  g([&] { cDisp = CDispSelezionata(lvwRegistrazioni); });
-  if (MsgBox(QStringLiteral("Vuoi cancellare la registrazione n° ") + Format(cDisp, QStringLiteral("0000")) +
-                 QStringLiteral(" ?"),
-             vbYesNo | vbQuestion | vbDefaultButton2) != vbYes)
-    return;
+  g([&] { cDisp = CDispSelezionata(lista); });
+  if (MsgBox(domanda(cDisp), vbYesNo | vbQuestion | vbDefaultButton2) != vbYes) return;
   const QString where = QStringLiteral(" WHERE CProject=") + N(gCProject) + QStringLiteral(" AND CDisp=") + N(cDisp);
   g([&] { QueryExe(QStringLiteral("DELETE * FROM ActivitiesProd") + where); });
   g([&] { QueryExe(QStringLiteral("DELETE * FROM ProjectsDisp") + where); });
   g([&] { QueryExe(QStringLiteral("DELETE * FROM ProjectsDispDett") + where); });
-  for (RecordsetPtr* rs : {&gRcsDisp, &gRcsDispDett})
-    g([&] {
-      (*rs)->SetFilter(QStringLiteral("CDisp=") + N(cDisp));
-      while (!(*rs)->Eof()) {
-        (*rs)->Delete();
-        (*rs)->MoveNext();
-      }
-      (*rs)->SetFilter(QString());
-    });
-  g([&] { lvwRegistrazioni->RemoveItem(lvwRegistrazioni->SelectedIndex()); });
+  for (RecordsetPtr* rs : {&gRcsDisp, &gRcsDispDett}) g([&] { CancellaFiltrati(*rs, QStringLiteral("CDisp=") + N(cDisp)); });
+  g([&] { lista->RemoveItem(lista->SelectedIndex()); });
   g([&] {
-    if (lvwRegistrazioni->Count() > 0) {
-      lvwRegistrazioni->SetSelected(0);
-      lvwRegistrazioni->EnsureVisible(0);
+    if (lista->Count() > 0) {
+      lista->SetSelected(0);
+      lista->EnsureVisible(0);
     }
   });
 }

@@ -15,6 +15,7 @@
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTimer>
+#include <functional>
 
 #include "ListView.h"
 #include "NumericSpin.h"
@@ -161,6 +162,7 @@ class frmModelli : public Scheda {
   void OcxEventS_ChAnagInModelli(QVariant& tAnag, QVariant& cAnag);
   void OcxEventS_ChProjInModelli(QVariant& cPrjTipo);
   int CDispSelezionata(ListView* lista) const;
+  void CancellaRiga(ListView* lista, const QString& procedura, const std::function<QString(int)>& domanda);
 
   bool modificato_ = false;
   bool caricato_ = false;          // Form_Load has run: changes now count
