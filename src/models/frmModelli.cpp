@@ -43,6 +43,16 @@ QList<QIcon> IconeStati() {
 
 QString N(qlonglong v) { return QString::number(v); }
 
+// The icon of a disposition's state: 11 open, 12 closed, 13 invoiced (counted
+// from 1). Any other state keeps the icon of the row before.
+int IconaStato(const QVariant& cStato, int precedente) {
+  const int stato = CInt(NullToZero(cStato));
+  if (stato == 0) return 10;
+  if (stato == 9 || stato == 10) return 11;
+  if (stato == 19) return 12;
+  return precedente;
+}
+
 }  // namespace
 
 frmModelli::frmModelli(QWidget* parent) : Scheda(parent, QStringLiteral("frmModelli")) {
@@ -659,11 +669,7 @@ void frmModelli::CaricaList() {
   g([&] {
     int icona = -1;
     for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
-      const int stato = CInt(NullToZero(rs->Value(QStringLiteral("CStato"))));
-      // Another state keeps the icon of the row before.
-      if (stato == 0) icona = 10;
-      else if (stato == 9 || stato == 10) icona = 11;
-      else if (stato == 19) icona = 12;
+      icona = IconaStato(rs->Value(QStringLiteral("CStato")), icona);
       const QString dDisp = NullToStr(rs->Value(QStringLiteral("DDisp")));
       QString tipo = dDisp;
       RecordsetPtr t;
@@ -700,10 +706,7 @@ void frmModelli::CaricaListMod() {
   g([&] {
     int icona = -1;
     for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
-      const int stato = CInt(NullToZero(rs->Value(QStringLiteral("CStato"))));
-      if (stato == 0) icona = 10;
-      else if (stato == 9 || stato == 10) icona = 11;
-      else if (stato == 19) icona = 12;
+      icona = IconaStato(rs->Value(QStringLiteral("CStato")), icona);
       const QVariant cDisp = rs->Value(QStringLiteral("CDisp"));
       ListViewAddLine(lvwRegistrazioni,
                       {QString(), Format(cDisp, QStringLiteral("0000")),
