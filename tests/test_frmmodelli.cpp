@@ -208,6 +208,28 @@ TEST(frmModelli, SavedThroughTheDispositionButtonStaysOpen) {
             "Il modello 'Nuovo con disposizione' esiste già in un'altra scheda di questa anagrafica!");
 }
 
+TEST(frmModelli, AfterTheInnerCardClosesTheHostsAnswerFindsNoReceiver) {
+  TestDb t;
+  Base(t);
+  t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, CPrjDispTipo, DDisp, Data, Qta) VALUES "
+         "(202500001, 1, 1, 'Prima', '2025-01-11 00:00:00', 1)");
+  Esistente e(202500001);
+  OCPrestKT ctl;  // the component that forwards the host's answers
+  QVariant ta = 1, ca = 2;
+  ctl.ChAnagInModelli(ta, ca);  // the model card receives it
+  EXPECT_EQ(e.f.CBCAnag->currentText(), "Carrozzeria Bianchi");
+  e.f.ListView1->SetSelected(0);
+  AlProssimoModale([](QWidget* w) { w->close(); });
+  e.f.Bottone(8)->trigger();  // the disposition card opens and closes inside the model card
+  EXPECT_TRUE(e.f.isVisible());
+  try {
+    ctl.ChAnagInModelli(ta, ca);
+    FAIL() << "the answer reached a card";
+  } catch (const VbError& err) {
+    EXPECT_EQ(err.Number(), 91);
+  }
+}
+
 TEST(frmModelli, DispositionButtonAnsweredNoSavesNothing) {
   TestDb t;
   Base(t);

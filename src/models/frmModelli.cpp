@@ -858,7 +858,7 @@ void frmModelli::closeEvent(QCloseEvent* e) {
     }
   }
   chiudendo_ = true;
-  if (gOcxEventCard == OcxEventS) gOcxEventCard.reset();
+  gOcxEventCard.reset();  // the slot empties, whichever card held it
   OcxEventS.reset();
   e->accept();
 }
