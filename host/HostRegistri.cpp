@@ -664,17 +664,15 @@ bool AnagraficaForm::Salva() {
   return true;
 }
 
-// ================================================================== model types
+// ================================================================== types
 
-TipiModelloDialog::TipiModelloDialog(Database& db, QWidget* parent)
-    : RegistroDialog(db, QStringLiteral("dlgTipiModello"), QStringLiteral("Tipologie modelli"), parent) {
-  NuovaLista({QStringLiteral("Codice"), QStringLiteral("Descrizione"), QStringLiteral("Sigla"),
-              QStringLiteral("Forfait semplificato")});
-  lista_->setObjectName(QStringLiteral("lvTipiModello"));
+TipologiaDialog::TipologiaDialog(Database& db, const QString& nome, const QString& titolo, Tabella tabella,
+                                 const QStringList& colonne, QWidget* parent)
+    : RegistroDialog(db, nome, titolo, parent), tabella_(std::move(tabella)) {
+  NuovaLista(QStringList{QStringLiteral("Codice"), QStringLiteral("Descrizione"), QStringLiteral("Sigla")} + colonne);
   lista_->setColumnWidth(0, 70);
-  lista_->setColumnWidth(1, 280);
+  lista_->setColumnWidth(1, 260);
   lista_->setColumnWidth(2, 80);
-
   edCodice_ = Campo("edCodice", 0, this);
   edCodice_->setReadOnly(true);
   edCodice_->setFocusPolicy(Qt::NoFocus);
@@ -682,21 +680,30 @@ TipiModelloDialog::TipiModelloDialog(Database& db, QWidget* parent)
   edDescrizione_ = Campo("edDescrizione", 100, this);
   edSigla_ = Campo("edSigla", 10, this);
   edSigla_->setMaximumWidth(120);
-  chkForfSempl_ = new QCheckBox(QStringLiteral("Gestione a &forfait semplificata"), this);
-  chkForfSempl_->setObjectName(QStringLiteral("chkForfSempl"));
-  chkForfSempl_->setToolTip(QStringLiteral("I modelli di questa tipologia si chiudono quando nessuna attività è in "
-                                           "corso, senza guardare le disposizioni."));
   btnNuova_ = Pulsante(QStringLiteral("&Nuova"), "btnNuova", this);
   btnSalva_ = Pulsante(QStringLiteral("Sal&va"), "btnSalva", this);
+  campi_ = new QFormLayout;
+  campi_->addRow(QStringLiteral("Codice:"), edCodice_);
+  campi_->addRow(QStringLiteral("&Descrizione:"), edDescrizione_);
+  campi_->addRow(QStringLiteral("S&igla:"), edSigla_);
+  connect(lista_, &QTreeWidget::currentItemChanged, this, [this] { MostraRiga(); });
+  connect(lista_, &QTreeWidget::itemActivated, this, [this] {
+    if (InScelta()) Scegli();
+    else edDescrizione_->setFocus();
+  });
+  connect(btnNuova_, &QPushButton::clicked, this, &TipologiaDialog::Nuova);
+  connect(btnSalva_, &QPushButton::clicked, this, [this] { Salva(); });
+}
 
+void TipologiaDialog::Componi(QLayout* extra, const QSize& misura) {
   auto* gruppo = new QGroupBox(QStringLiteral("Tipologia"), this);
   gruppo->setObjectName(QStringLiteral("grpTipologia"));
-  auto* form = new QFormLayout(gruppo);
-  form->addRow(QStringLiteral("Codice:"), edCodice_);
-  form->addRow(QStringLiteral("&Descrizione:"), edDescrizione_);
-  form->addRow(QStringLiteral("S&igla:"), edSigla_);
-  form->addRow(QString(), chkForfSempl_);
-
+  auto* dentro = new QHBoxLayout(gruppo);
+  dentro->addLayout(campi_, 3);
+  if (extra) {
+    dentro->addSpacing(12);
+    dentro->addLayout(extra, 2);
+  }
   auto* sotto = new QHBoxLayout;
   sotto->addWidget(btnNuova_);
   sotto->addWidget(btnSalva_);
@@ -708,31 +715,23 @@ TipiModelloDialog::TipiModelloDialog(Database& db, QWidget* parent)
   l->addWidget(lista_, 1);
   l->addWidget(gruppo);
   l->addLayout(sotto);
-  resize(640, 470);
-
-  connect(lista_, &QTreeWidget::currentItemChanged, this, [this] { MostraRiga(); });
-  connect(lista_, &QTreeWidget::itemActivated, this, [this] {
-    if (InScelta()) Scegli();
-    else edDescrizione_->setFocus();
-  });
-  connect(btnNuova_, &QPushButton::clicked, this, &TipiModelloDialog::Nuova);
-  connect(btnSalva_, &QPushButton::clicked, this, [this] { Salva(); });
-  Ricarica();
+  resize(misura);
 }
 
-void TipiModelloDialog::Apri(int cPrjTipo, Scelta scelta) {
+void TipologiaDialog::Apri(int codice, Scelta scelta) {
   scelta_ = std::move(scelta);
   Ricarica();
-  if (cPrjTipo != 0) Seleziona(cPrjTipo);
+  if (codice != 0) Seleziona(codice);
   Mostra(static_cast<bool>(scelta_));
 }
 
-void TipiModelloDialog::Ricarica() {
+void TipologiaDialog::Ricarica() {
   const int prima = codiceInModifica_;
   lista_->setSortingEnabled(false);
   lista_->clear();
   try {
-    const auto r = db_.Select(Sql("SELECT CPrjTipo, DPrjTipo, Sigla, GestForfSempl FROM ProjectsTipo"));
+    const auto r = db_.Select(Sql(QStringLiteral("SELECT %1, %2, Sigla, %3 FROM %4")
+                                      .arg(tabella_.codice, tabella_.descrizione, tabella_.altre, tabella_.nome)));
     for (const Row& row : r.rows) {
       auto* it = new Riga(lista_);
       const int c = row[0].toInt();
@@ -742,45 +741,34 @@ void TipiModelloDialog::Ricarica() {
       it->setTextAlignment(0, Qt::AlignRight | Qt::AlignVCenter);
       it->setText(1, Testo(row[1]));
       it->setText(2, Testo(row[2]));
-      const bool forf = Vero(row[3]);
-      it->setText(3, forf ? QStringLiteral("Sì") : QString());
-      it->setData(3, Qt::UserRole, forf);
+      RigaExtra(it, row);
     }
   } catch (const VbError& e) {
-    ErroreDb(QStringLiteral("Impossibile leggere le tipologie dei modelli."), e);
+    ErroreDb(QStringLiteral("Impossibile leggere le tipologie."), e);
   }
   lista_->setSortingEnabled(true);
   if (prima == 0 || !Seleziona(prima)) Nuova();
 }
 
-void TipiModelloDialog::MostraRiga() {
+void TipologiaDialog::MostraRiga() {
   const QTreeWidgetItem* it = lista_->currentItem();
   auto* gruppo = findChild<QGroupBox*>(QStringLiteral("grpTipologia"));
-  if (!it) {
-    codiceInModifica_ = 0;
-    edCodice_->setText(QStringLiteral("(nuova)"));
-    edDescrizione_->clear();
-    edSigla_->clear();
-    chkForfSempl_->setChecked(false);
-    gruppo->setTitle(QStringLiteral("Nuova tipologia"));
-    return;
-  }
-  codiceInModifica_ = it->data(0, kCodice).toInt();
-  edCodice_->setText(it->text(0));
-  edDescrizione_->setText(it->text(1));
-  edSigla_->setText(it->text(2));
-  chkForfSempl_->setChecked(it->data(3, Qt::UserRole).toBool());
-  gruppo->setTitle(QStringLiteral("Tipologia %1").arg(codiceInModifica_));
+  codiceInModifica_ = it ? it->data(0, kCodice).toInt() : 0;
+  edCodice_->setText(it ? it->text(0) : QStringLiteral("(nuova)"));
+  edDescrizione_->setText(it ? it->text(1) : QString());
+  edSigla_->setText(it ? it->text(2) : QString());
+  gruppo->setTitle(it ? QStringLiteral("Tipologia %1").arg(codiceInModifica_) : QStringLiteral("Nuova tipologia"));
+  MostraExtra(it);
 }
 
-void TipiModelloDialog::Nuova() {
+void TipologiaDialog::Nuova() {
   lista_->clearSelection();
   lista_->setCurrentItem(nullptr);
   MostraRiga();
   edDescrizione_->setFocus();
 }
 
-bool TipiModelloDialog::Salva() {
+bool TipologiaDialog::Salva() {
   const QString descr = edDescrizione_->text().trimmed();
   const QString sigla = edSigla_->text().trimmed().toUpper();
   if (descr.isEmpty()) {
@@ -789,9 +777,11 @@ bool TipiModelloDialog::Salva() {
     return false;
   }
   const int codice = codiceInModifica_;
+  const QString altroCodice = QStringLiteral(" AND %1<>").arg(tabella_.codice);
   try {
-    const auto stessoNome = db_.Select(Sql("SELECT CPrjTipo FROM ProjectsTipo WHERE DPrjTipo=") + Sql::Param(descr) +
-                                       Sql(" AND CPrjTipo<>") + Sql::Param(codice));
+    const auto stessoNome =
+        db_.Select(Sql(QStringLiteral("SELECT %1 FROM %2 WHERE %3=").arg(tabella_.codice, tabella_.nome, tabella_.descrizione)) +
+                   Sql::Param(descr) + Sql(altroCodice) + Sql::Param(codice));
     if (!stessoNome.rows.empty()) {
       Avvisa(QStringLiteral("Esiste già la tipologia «%1» (codice %2)!")
                  .arg(descr)
@@ -800,8 +790,9 @@ bool TipiModelloDialog::Salva() {
       return false;
     }
     if (!sigla.isEmpty()) {
-      const auto stessaSigla = db_.Select(Sql("SELECT DPrjTipo FROM ProjectsTipo WHERE Sigla=") + Sql::Param(sigla) +
-                                          Sql(" AND CPrjTipo<>") + Sql::Param(codice));
+      const auto stessaSigla =
+          db_.Select(Sql(QStringLiteral("SELECT %1 FROM %2 WHERE Sigla=").arg(tabella_.descrizione, tabella_.nome)) +
+                     Sql::Param(sigla) + Sql(altroCodice) + Sql::Param(codice));
       if (!stessaSigla.rows.empty()) {
         Avvisa(QStringLiteral("La sigla «%1» è già usata dalla tipologia «%2»!")
                    .arg(sigla, Testo(stessaSigla.rows.front().front())));
@@ -809,33 +800,14 @@ bool TipiModelloDialog::Salva() {
         return false;
       }
     }
-    const bool forf = chkForfSempl_->isChecked();
-    if (codice != 0) {
-      // The flag decides how the models of the type close: a change reaches the models already made.
-      const QTreeWidgetItem* it = lista_->currentItem();
-      if (it && it->data(3, Qt::UserRole).toBool() != forf) {
-        const auto usati = db_.Select(Sql("SELECT Count(*) FROM Projects WHERE CPrjTipo=") + Sql::Param(codice));
-        const int n = usati.rows.empty() ? 0 : usati.rows.front().front().toInt();
-        if (n > 0 && !Conferma(QStringLiteral("La tipologia è usata da %1 modelli: cambiando la gestione a forfait "
-                                              "semplificata cambia il modo in cui si chiudono.\nVuoi continuare?")
-                                   .arg(n)))
-          return false;
-      }
-    }
+    if (!PrimaDiSalvare(codice)) return false;
     const QVariant siglaV = sigla.isEmpty() ? QVariant() : QVariant(sigla);
     int salvato = codice;
-    if (codice == 0) {
-      InTransazione(db_, [&] {
-        salvato = Prossimo(db_, Sql("SELECT Max(CPrjTipo) FROM ProjectsTipo"));
-        db_.Execute(Sql("INSERT INTO ProjectsTipo (CPrjTipo, DPrjTipo, Sigla, GestForfSempl) VALUES (") +
-                    Sql::Param(salvato) + Sql(", ") + Sql::Param(descr) + Sql(", ") + Sql::Param(siglaV) +
-                    Sql(", ") + Sql::Param(forf) + Sql(")"));
-      });
-    } else {
-      db_.Execute(Sql("UPDATE ProjectsTipo SET DPrjTipo=") + Sql::Param(descr) + Sql(", Sigla=") +
-                  Sql::Param(siglaV) + Sql(", GestForfSempl=") + Sql::Param(forf) + Sql(" WHERE CPrjTipo=") +
-                  Sql::Param(codice));
-    }
+    InTransazione(db_, [&] {
+      if (codice == 0)
+        salvato = Prossimo(db_, Sql(QStringLiteral("SELECT Max(%1) FROM %2").arg(tabella_.codice, tabella_.nome)));
+      Scrivi(salvato, codice == 0, descr, siglaV);
+    });
     codiceInModifica_ = salvato;
     Ricarica();
     emit Salvata(salvato);
@@ -846,7 +818,7 @@ bool TipiModelloDialog::Salva() {
   return true;
 }
 
-void TipiModelloDialog::Scegli() {
+void TipologiaDialog::Scegli() {
   if (!InScelta()) return;
   const int c = CodiceSelezionato();
   if (c == 0) {
@@ -858,25 +830,64 @@ void TipiModelloDialog::Scegli() {
   Consegna([&] { s(c); });
 }
 
-// ================================================================== disposition types
+// ------------------------------------------------------------------ model types
+
+TipiModelloDialog::TipiModelloDialog(Database& db, QWidget* parent)
+    : TipologiaDialog(db, QStringLiteral("dlgTipiModello"), QStringLiteral("Tipologie modelli"),
+                      {QStringLiteral("ProjectsTipo"), QStringLiteral("CPrjTipo"), QStringLiteral("DPrjTipo"),
+                       QStringLiteral("GestForfSempl")},
+                      {QStringLiteral("Forfait semplificato")}, parent) {
+  lista_->setObjectName(QStringLiteral("lvTipiModello"));
+  chkForfSempl_ = new QCheckBox(QStringLiteral("Gestione a &forfait semplificata"), this);
+  chkForfSempl_->setObjectName(QStringLiteral("chkForfSempl"));
+  chkForfSempl_->setToolTip(QStringLiteral("I modelli di questa tipologia si chiudono quando nessuna attività è in "
+                                           "corso, senza guardare le disposizioni."));
+  campi_->addRow(QString(), chkForfSempl_);
+  Componi(nullptr, QSize(640, 470));
+  Ricarica();
+}
+
+void TipiModelloDialog::RigaExtra(QTreeWidgetItem* it, const Row& row) {
+  const bool forf = Vero(row[3]);
+  it->setText(3, forf ? QStringLiteral("Sì") : QString());
+  it->setData(3, Qt::UserRole, forf);
+}
+
+void TipiModelloDialog::MostraExtra(const QTreeWidgetItem* it) {
+  chkForfSempl_->setChecked(it && it->data(3, Qt::UserRole).toBool());
+}
+
+// The flag decides how the models of the type close: a change reaches the models already made.
+bool TipiModelloDialog::PrimaDiSalvare(int codice) {
+  const QTreeWidgetItem* it = lista_->currentItem();
+  if (codice == 0 || !it || it->data(3, Qt::UserRole).toBool() == chkForfSempl_->isChecked()) return true;
+  const auto usati = db_.Select(Sql("SELECT Count(*) FROM Projects WHERE CPrjTipo=") + Sql::Param(codice));
+  const int n = usati.rows.empty() ? 0 : usati.rows.front().front().toInt();
+  return n == 0 || Conferma(QStringLiteral("La tipologia è usata da %1 modelli: cambiando la gestione a forfait "
+                                           "semplificata cambia il modo in cui si chiudono.\nVuoi continuare?")
+                                .arg(n));
+}
+
+void TipiModelloDialog::Scrivi(int codice, bool nuovo, const QString& descr, const QVariant& sigla) {
+  const bool forf = chkForfSempl_->isChecked();
+  if (nuovo)
+    db_.Execute(Sql("INSERT INTO ProjectsTipo (CPrjTipo, DPrjTipo, Sigla, GestForfSempl) VALUES (") +
+                Sql::Param(codice) + Sql(", ") + Sql::Param(descr) + Sql(", ") + Sql::Param(sigla) + Sql(", ") +
+                Sql::Param(forf) + Sql(")"));
+  else
+    db_.Execute(Sql("UPDATE ProjectsTipo SET DPrjTipo=") + Sql::Param(descr) + Sql(", Sigla=") + Sql::Param(sigla) +
+                Sql(", GestForfSempl=") + Sql::Param(forf) + Sql(" WHERE CPrjTipo=") + Sql::Param(codice));
+}
+
+// ------------------------------------------------------------------ disposition types
 
 TipiDisposizioneDialog::TipiDisposizioneDialog(Database& db, QWidget* parent)
-    : RegistroDialog(db, QStringLiteral("dlgTipiDisposizione"), QStringLiteral("Tipologie disposizioni"), parent) {
-  NuovaLista({QStringLiteral("Codice"), QStringLiteral("Descrizione"), QStringLiteral("Sigla"),
-              QStringLiteral("Forfait"), QStringLiteral("Fatturazione")});
+    : TipologiaDialog(db, QStringLiteral("dlgTipiDisposizione"), QStringLiteral("Tipologie disposizioni"),
+                      {QStringLiteral("ProjectsDispTipo"), QStringLiteral("CPrjDispTipo"),
+                       QStringLiteral("DPrjDispTipo"), QStringLiteral("Forfait, TipoFatt")},
+                      {QStringLiteral("Forfait"), QStringLiteral("Fatturazione")}, parent) {
   lista_->setObjectName(QStringLiteral("lvTipiDisposizione"));
-  lista_->setColumnWidth(0, 70);
-  lista_->setColumnWidth(1, 260);
-  lista_->setColumnWidth(2, 80);
   lista_->setColumnWidth(3, 70);
-
-  edCodice_ = Campo("edCodice", 0, this);
-  edCodice_->setReadOnly(true);
-  edCodice_->setFocusPolicy(Qt::NoFocus);
-  edCodice_->setMaximumWidth(90);
-  edDescrizione_ = Campo("edDescrizione", 100, this);
-  edSigla_ = Campo("edSigla", 10, this);
-  edSigla_->setMaximumWidth(120);
   chkForfait_ = new QCheckBox(QStringLiteral("&Forfait"), this);
   chkForfait_->setObjectName(QStringLiteral("chkForfait"));
   cbTipoFatt_ = new QComboBox(this);
@@ -886,49 +897,16 @@ TipiDisposizioneDialog::TipiDisposizioneDialog(Database& db, QWidget* parent)
   lwPrestazioni_ = new QListWidget(this);
   lwPrestazioni_->setObjectName(QStringLiteral("lwPrestazioni"));
   lwPrestazioni_->setMinimumWidth(220);
-  btnNuova_ = Pulsante(QStringLiteral("&Nuova"), "btnNuova", this);
-  btnSalva_ = Pulsante(QStringLiteral("Sal&va"), "btnSalva", this);
-
-  auto* gruppo = new QGroupBox(QStringLiteral("Tipologia"), this);
-  gruppo->setObjectName(QStringLiteral("grpTipologia"));
-  auto* form = new QFormLayout;
-  form->addRow(QStringLiteral("Codice:"), edCodice_);
-  form->addRow(QStringLiteral("&Descrizione:"), edDescrizione_);
-  form->addRow(QStringLiteral("S&igla:"), edSigla_);
   auto* lFatt = new QLabel(QStringLiteral("Fa&tturazione:"), this);
   lFatt->setBuddy(cbTipoFatt_);
-  form->addRow(lFatt, cbTipoFatt_);
-  form->addRow(QString(), chkForfait_);
+  campi_->addRow(lFatt, cbTipoFatt_);
+  campi_->addRow(QString(), chkForfait_);
   auto* prest = new QVBoxLayout;
   auto* lPrest = new QLabel(QStringLiteral("&Prestazioni ammesse:"), this);
   lPrest->setBuddy(lwPrestazioni_);
   prest->addWidget(lPrest);
   prest->addWidget(lwPrestazioni_, 1);
-  auto* dentro = new QHBoxLayout(gruppo);
-  dentro->addLayout(form, 3);
-  dentro->addSpacing(12);
-  dentro->addLayout(prest, 2);
-
-  auto* sotto = new QHBoxLayout;
-  sotto->addWidget(btnNuova_);
-  sotto->addWidget(btnSalva_);
-  sotto->addStretch(1);
-  sotto->addWidget(btnScegli_);
-  sotto->addWidget(btnChiudi_);
-  auto* l = new QVBoxLayout(this);
-  l->addWidget(lblScelta_);
-  l->addWidget(lista_, 1);
-  l->addWidget(gruppo);
-  l->addLayout(sotto);
-  resize(760, 540);
-
-  connect(lista_, &QTreeWidget::currentItemChanged, this, [this] { MostraRiga(); });
-  connect(lista_, &QTreeWidget::itemActivated, this, [this] {
-    if (InScelta()) Scegli();
-    else edDescrizione_->setFocus();
-  });
-  connect(btnNuova_, &QPushButton::clicked, this, &TipiDisposizioneDialog::Nuova);
-  connect(btnSalva_, &QPushButton::clicked, this, [this] { Salva(); });
+  Componi(prest, QSize(760, 540));
   CaricaPrestazioni();
   Ricarica();
 }
@@ -951,64 +929,21 @@ void TipiDisposizioneDialog::CaricaPrestazioni() {
   }
 }
 
-void TipiDisposizioneDialog::Apri(int cPrjDispTipo, Scelta scelta) {
-  scelta_ = std::move(scelta);
-  CaricaPrestazioni();
-  Ricarica();
-  if (cPrjDispTipo != 0) Seleziona(cPrjDispTipo);
-  Mostra(static_cast<bool>(scelta_));
+void TipiDisposizioneDialog::RigaExtra(QTreeWidgetItem* it, const Row& row) {
+  const bool forf = Vero(row[3]);
+  it->setText(3, forf ? QStringLiteral("Sì") : QString());
+  it->setData(3, Qt::UserRole, forf);
+  const int fatt = IsNull(row[4]) ? 0 : row[4].toInt();
+  it->setText(4, NomeTipoFatt(fatt));
+  it->setData(4, Qt::UserRole, fatt);
 }
 
-void TipiDisposizioneDialog::Ricarica() {
-  const int prima = codiceInModifica_;
-  lista_->setSortingEnabled(false);
-  lista_->clear();
-  try {
-    const auto r = db_.Select(Sql("SELECT CPrjDispTipo, DPrjDispTipo, Sigla, Forfait, TipoFatt FROM ProjectsDispTipo"));
-    for (const Row& row : r.rows) {
-      auto* it = new Riga(lista_);
-      const int c = row[0].toInt();
-      it->setText(0, QString::number(c));
-      it->setData(0, kCodice, c);
-      it->setData(0, kOrdine, c);
-      it->setTextAlignment(0, Qt::AlignRight | Qt::AlignVCenter);
-      it->setText(1, Testo(row[1]));
-      it->setText(2, Testo(row[2]));
-      const bool forf = Vero(row[3]);
-      it->setText(3, forf ? QStringLiteral("Sì") : QString());
-      it->setData(3, Qt::UserRole, forf);
-      const int fatt = IsNull(row[4]) ? 0 : row[4].toInt();
-      it->setText(4, NomeTipoFatt(fatt));
-      it->setData(4, Qt::UserRole, fatt);
-    }
-  } catch (const VbError& e) {
-    ErroreDb(QStringLiteral("Impossibile leggere le tipologie delle disposizioni."), e);
-  }
-  lista_->setSortingEnabled(true);
-  if (prima == 0 || !Seleziona(prima)) Nuova();
-}
-
-void TipiDisposizioneDialog::MostraRiga() {
-  const QTreeWidgetItem* it = lista_->currentItem();
-  auto* gruppo = findChild<QGroupBox*>(QStringLiteral("grpTipologia"));
+void TipiDisposizioneDialog::MostraExtra(const QTreeWidgetItem* it) {
   QSet<int> ammesse;
-  if (!it) {
-    codiceInModifica_ = 0;
-    edCodice_->setText(QStringLiteral("(nuova)"));
-    edDescrizione_->clear();
-    edSigla_->clear();
-    chkForfait_->setChecked(false);
-    cbTipoFatt_->setCurrentIndex(0);
-    gruppo->setTitle(QStringLiteral("Nuova tipologia"));
-  } else {
-    codiceInModifica_ = it->data(0, kCodice).toInt();
-    edCodice_->setText(it->text(0));
-    edDescrizione_->setText(it->text(1));
-    edSigla_->setText(it->text(2));
-    chkForfait_->setChecked(it->data(3, Qt::UserRole).toBool());
-    const int i = cbTipoFatt_->findData(it->data(4, Qt::UserRole).toInt());
-    cbTipoFatt_->setCurrentIndex(i >= 0 ? i : 0);
-    gruppo->setTitle(QStringLiteral("Tipologia %1").arg(codiceInModifica_));
+  chkForfait_->setChecked(it && it->data(3, Qt::UserRole).toBool());
+  const int i = it ? cbTipoFatt_->findData(it->data(4, Qt::UserRole).toInt()) : 0;
+  cbTipoFatt_->setCurrentIndex(i >= 0 ? i : 0);
+  if (it) {
     try {
       const auto r = db_.Select(Sql("SELECT CPrestazione FROM ProjectsDisp2Prest WHERE CPrjDispTipo=") +
                                 Sql::Param(codiceInModifica_));
@@ -1017,93 +952,31 @@ void TipiDisposizioneDialog::MostraRiga() {
       ErroreDb(QStringLiteral("Impossibile leggere le prestazioni della tipologia."), e);
     }
   }
-  for (int i = 0; i < lwPrestazioni_->count(); ++i) {
-    QListWidgetItem* p = lwPrestazioni_->item(i);
+  for (int k = 0; k < lwPrestazioni_->count(); ++k) {
+    QListWidgetItem* p = lwPrestazioni_->item(k);
     p->setCheckState(ammesse.contains(p->data(Qt::UserRole).toInt()) ? Qt::Checked : Qt::Unchecked);
   }
 }
 
-void TipiDisposizioneDialog::Nuova() {
-  lista_->clearSelection();
-  lista_->setCurrentItem(nullptr);
-  MostraRiga();
-  edDescrizione_->setFocus();
-}
-
-bool TipiDisposizioneDialog::Salva() {
-  const QString descr = edDescrizione_->text().trimmed();
-  const QString sigla = edSigla_->text().trimmed().toUpper();
-  if (descr.isEmpty()) {
-    Avvisa(QStringLiteral("Inserisci la descrizione!"));
-    edDescrizione_->setFocus();
-    return false;
+void TipiDisposizioneDialog::Scrivi(int codice, bool nuovo, const QString& descr, const QVariant& sigla) {
+  const bool forf = chkForfait_->isChecked();
+  const int fatt = cbTipoFatt_->currentData().toInt();
+  if (nuovo)
+    db_.Execute(Sql("INSERT INTO ProjectsDispTipo (CPrjDispTipo, DPrjDispTipo, Sigla, Forfait, TipoFatt) VALUES (") +
+                Sql::Param(codice) + Sql(", ") + Sql::Param(descr) + Sql(", ") + Sql::Param(sigla) + Sql(", ") +
+                Sql::Param(forf) + Sql(", ") + Sql::Param(fatt) + Sql(")"));
+  else
+    db_.Execute(Sql("UPDATE ProjectsDispTipo SET DPrjDispTipo=") + Sql::Param(descr) + Sql(", Sigla=") +
+                Sql::Param(sigla) + Sql(", Forfait=") + Sql::Param(forf) + Sql(", TipoFatt=") + Sql::Param(fatt) +
+                Sql(" WHERE CPrjDispTipo=") + Sql::Param(codice));
+  // The allowed service kinds are written again as checked.
+  db_.Execute(Sql("DELETE FROM ProjectsDisp2Prest WHERE CPrjDispTipo=") + Sql::Param(codice));
+  for (int i = 0; i < lwPrestazioni_->count(); ++i) {
+    const QListWidgetItem* p = lwPrestazioni_->item(i);
+    if (p->checkState() != Qt::Checked) continue;
+    db_.Execute(Sql("INSERT INTO ProjectsDisp2Prest (CPrjDispTipo, CPrestazione) VALUES (") + Sql::Param(codice) +
+                Sql(", ") + Sql::Param(p->data(Qt::UserRole).toInt()) + Sql(")"));
   }
-  const int codice = codiceInModifica_;
-  try {
-    const auto stessoNome = db_.Select(Sql("SELECT CPrjDispTipo FROM ProjectsDispTipo WHERE DPrjDispTipo=") +
-                                       Sql::Param(descr) + Sql(" AND CPrjDispTipo<>") + Sql::Param(codice));
-    if (!stessoNome.rows.empty()) {
-      Avvisa(QStringLiteral("Esiste già la tipologia «%1» (codice %2)!")
-                 .arg(descr)
-                 .arg(stessoNome.rows.front().front().toInt()));
-      edDescrizione_->setFocus();
-      return false;
-    }
-    if (!sigla.isEmpty()) {
-      const auto stessaSigla = db_.Select(Sql("SELECT DPrjDispTipo FROM ProjectsDispTipo WHERE Sigla=") +
-                                          Sql::Param(sigla) + Sql(" AND CPrjDispTipo<>") + Sql::Param(codice));
-      if (!stessaSigla.rows.empty()) {
-        Avvisa(QStringLiteral("La sigla «%1» è già usata dalla tipologia «%2»!")
-                   .arg(sigla, Testo(stessaSigla.rows.front().front())));
-        edSigla_->setFocus();
-        return false;
-      }
-    }
-    const QVariant siglaV = sigla.isEmpty() ? QVariant() : QVariant(sigla);
-    const bool forf = chkForfait_->isChecked();
-    const int fatt = cbTipoFatt_->currentData().toInt();
-    int salvato = codice;
-    InTransazione(db_, [&] {
-      if (codice == 0) {
-        salvato = Prossimo(db_, Sql("SELECT Max(CPrjDispTipo) FROM ProjectsDispTipo"));
-        db_.Execute(Sql("INSERT INTO ProjectsDispTipo (CPrjDispTipo, DPrjDispTipo, Sigla, Forfait, TipoFatt) "
-                        "VALUES (") +
-                    Sql::Param(salvato) + Sql(", ") + Sql::Param(descr) + Sql(", ") + Sql::Param(siglaV) +
-                    Sql(", ") + Sql::Param(forf) + Sql(", ") + Sql::Param(fatt) + Sql(")"));
-      } else {
-        db_.Execute(Sql("UPDATE ProjectsDispTipo SET DPrjDispTipo=") + Sql::Param(descr) + Sql(", Sigla=") +
-                    Sql::Param(siglaV) + Sql(", Forfait=") + Sql::Param(forf) + Sql(", TipoFatt=") +
-                    Sql::Param(fatt) + Sql(" WHERE CPrjDispTipo=") + Sql::Param(codice));
-      }
-      // The allowed service kinds are written again as checked.
-      db_.Execute(Sql("DELETE FROM ProjectsDisp2Prest WHERE CPrjDispTipo=") + Sql::Param(salvato));
-      for (int i = 0; i < lwPrestazioni_->count(); ++i) {
-        const QListWidgetItem* p = lwPrestazioni_->item(i);
-        if (p->checkState() != Qt::Checked) continue;
-        db_.Execute(Sql("INSERT INTO ProjectsDisp2Prest (CPrjDispTipo, CPrestazione) VALUES (") +
-                    Sql::Param(salvato) + Sql(", ") + Sql::Param(p->data(Qt::UserRole).toInt()) + Sql(")"));
-      }
-    });
-    codiceInModifica_ = salvato;
-    Ricarica();
-    emit Salvata(salvato);
-  } catch (const VbError& e) {
-    ErroreDb(QStringLiteral("Impossibile salvare la tipologia."), e);
-    return false;
-  }
-  return true;
-}
-
-void TipiDisposizioneDialog::Scegli() {
-  if (!InScelta()) return;
-  const int c = CodiceSelezionato();
-  if (c == 0) {
-    Avvisa(QStringLiteral("Seleziona una tipologia!"));
-    return;
-  }
-  const Scelta s = std::move(scelta_);
-  scelta_ = {};
-  Consegna([&] { s(c); });
 }
 
 }  // namespace vorn

@@ -8,6 +8,7 @@
 // requests, and remembers the type and row the user last looked at.
 #include <QDate>
 #include <QDialog>
+#include <QFormLayout>
 #include <functional>
 #include <iterator>
 
@@ -152,69 +153,86 @@ class AnagraficaForm : public QDialog {
   QDoubleSpinBox* spCostoH_;
 };
 
-// The model types (ProjectsTipo).
-class TipiModelloDialog : public RegistroDialog {
+// What the two tables of types share: a list of code, description and short
+// code, the fields of one type, "Nuova", "Salva" with its checks, and the choice.
+class TipologiaDialog : public RegistroDialog {
   Q_OBJECT
  public:
-  using Scelta = std::function<void(int cPrjTipo)>;
-  TipiModelloDialog(prestkt::Database& db, QWidget* parent = nullptr);
-  void Apri(int cPrjTipo, Scelta scelta = {});
+  using Scelta = std::function<void(int codice)>;
+  void Apri(int codice, Scelta scelta = {});
   void Ricarica();
-  // Checks and writes the type in the fields; false when it can't.
+  // Checks and writes the type in the fields; false (after telling the user) when it can't.
   bool Salva();
 
  signals:
-  void Salvata(int cPrjTipo);
+  void Salvata(int codice);
 
  protected:
+  struct Tabella {
+    QString nome;         // ProjectsTipo
+    QString codice;       // CPrjTipo
+    QString descrizione;  // DPrjTipo
+    QString altre;        // the further columns read, after Sigla
+  };
+  TipologiaDialog(prestkt::Database& db, const QString& nome, const QString& titolo, Tabella tabella,
+                  const QStringList& colonne, QWidget* parent);
+  // Lays out the list, the group with the type's fields (and extras) and the buttons.
+  void Componi(QLayout* extra, const QSize& misura);
   void Scegli() override;
-
- private:
-  void MostraRiga();
   void Nuova();
+  void MostraRiga();
 
+  // What each table adds: its columns in the list, its fields, its writes.
+  virtual void RigaExtra(QTreeWidgetItem* it, const prestkt::Row& row) = 0;
+  virtual void MostraExtra(const QTreeWidgetItem* it) = 0;  // null: a new type
+  virtual bool PrimaDiSalvare(int codice) { Q_UNUSED(codice); return true; }
+  // Inside the save's transaction: the row itself (INSERT when nuovo) and what hangs on it.
+  virtual void Scrivi(int codice, bool nuovo, const QString& descr, const QVariant& sigla) = 0;
+
+  Tabella tabella_;
+  QFormLayout* campi_;
   QLineEdit* edCodice_;
   QLineEdit* edDescrizione_;
   QLineEdit* edSigla_;
-  QCheckBox* chkForfSempl_;
   QPushButton* btnNuova_;
   QPushButton* btnSalva_;
   int codiceInModifica_ = 0;  // 0: the fields hold a new type
   Scelta scelta_;
 };
 
-// The disposition types (ProjectsDispTipo) and the service kinds each allows
-// (ProjectsDisp2Prest over TabGen 12).
-class TipiDisposizioneDialog : public RegistroDialog {
+// The model types (ProjectsTipo).
+class TipiModelloDialog : public TipologiaDialog {
   Q_OBJECT
  public:
-  using Scelta = std::function<void(int cPrjDispTipo)>;
-  TipiDisposizioneDialog(prestkt::Database& db, QWidget* parent = nullptr);
-  void Apri(int cPrjDispTipo, Scelta scelta = {});
-  void Ricarica();
-  bool Salva();
-
- signals:
-  void Salvata(int cPrjDispTipo);
+  TipiModelloDialog(prestkt::Database& db, QWidget* parent = nullptr);
 
  protected:
-  void Scegli() override;
+  void RigaExtra(QTreeWidgetItem* it, const prestkt::Row& row) override;
+  void MostraExtra(const QTreeWidgetItem* it) override;
+  bool PrimaDiSalvare(int codice) override;
+  void Scrivi(int codice, bool nuovo, const QString& descr, const QVariant& sigla) override;
 
  private:
-  void CaricaPrestazioni();
-  void MostraRiga();
-  void Nuova();
+  QCheckBox* chkForfSempl_;
+};
 
-  QLineEdit* edCodice_;
-  QLineEdit* edDescrizione_;
-  QLineEdit* edSigla_;
+// The disposition types (ProjectsDispTipo) and the service kinds each allows
+// (ProjectsDisp2Prest over TabGen 12).
+class TipiDisposizioneDialog : public TipologiaDialog {
+  Q_OBJECT
+ public:
+  TipiDisposizioneDialog(prestkt::Database& db, QWidget* parent = nullptr);
+  void CaricaPrestazioni();
+
+ protected:
+  void RigaExtra(QTreeWidgetItem* it, const prestkt::Row& row) override;
+  void MostraExtra(const QTreeWidgetItem* it) override;
+  void Scrivi(int codice, bool nuovo, const QString& descr, const QVariant& sigla) override;
+
+ private:
   QCheckBox* chkForfait_;
   QComboBox* cbTipoFatt_;
   QListWidget* lwPrestazioni_;
-  QPushButton* btnNuova_;
-  QPushButton* btnSalva_;
-  int codiceInModifica_ = 0;
-  Scelta scelta_;
 };
 
 }  // namespace vorn
