@@ -424,3 +424,29 @@ TEST(frmDisp, MovingActivitiesToAnotherModel) {
   // The activity keeps its number, operator and service kind.
   EXPECT_EQ(t.Scalar("SELECT CPrestazione FROM ActivitiesProd WHERE CAttivita=202500003").toInt(), 3);
 }
+
+// Each card ticks the service kinds of its own disposition, and a save leaves
+// those of the other dispositions of the model alone.
+TEST(frmDisp, ServiceKindsOfAnotherDispositionOfTheModelStayOffTheCard) {
+  TestDb t;
+  Base(t);
+  t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp, CPrjDispTipo, Data, Qta, CStato) VALUES "
+         "(202500001, 1, 'Prima', 1, '2025-02-01 00:00:00', 1, 0), "
+         "(202500001, 2, 'Seconda', 1, '2025-02-02 00:00:00', 1, 0)");
+  t.Exec("INSERT INTO ProjectsDispDett (CProject, CDisp, CPrestazione) VALUES (202500001, 1, 1), (202500001, 2, 2)");
+  const QString prima = "SELECT group_concat(CDisp || ':' || CPrestazione, ',') FROM "
+                        "(SELECT CDisp, CPrestazione FROM ProjectsDispDett ORDER BY CDisp, CPrestazione)";
+  const QString attese = t.Scalar(prima).toString();
+  ASSERT_EQ(attese, "1:1,2:2");
+  for (int cDisp : {1, 2}) {
+    Card c(1, cDisp);
+    ASSERT_EQ(c.f.lvwPrest->Count(), 2);
+    // Sorted by name: Saldatura (K001), then Tornitura (K002).
+    EXPECT_EQ(c.f.lvwPrest->Key(0), "K001");
+    EXPECT_EQ(c.f.lvwPrest->Checked(0), cDisp == 1) << "disposition " << cDisp;
+    EXPECT_EQ(c.f.lvwPrest->Checked(1), cDisp == 2) << "disposition " << cDisp;
+    EXPECT_EQ(c.f.rcsDett->RecordCount(), 1);
+    ASSERT_TRUE(c.f.Salva());
+    EXPECT_EQ(t.Scalar(prima).toString(), attese) << "after saving disposition " << cDisp;
+  }
+}

@@ -261,9 +261,10 @@ void frmDisp::Form_Load() {
     g([&] { CaricaListPrest(); });
   } else {
     g([&] {
+      // The copy holds the rows of this disposition only: its clones, which
+      // don't keep a filter, then see nothing of the model's other ones.
       RecordsetPtr copia;
-      ADO2ADO(gRcsDispDett, copia, true, false);
-      copia->SetFilter(QStringLiteral("CDisp=") + N(CDisp));
+      ADO2ADO(gRcsDispDett, copia, true, false, QStringLiteral("CDisp=") + N(CDisp));
       rcsDett = copia;
     });
     g([&] {
