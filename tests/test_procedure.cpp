@@ -446,6 +446,46 @@ TEST(ADO2DAO, CreatesTheTableWithKeyAndAppendsRowByRow) {
   EXPECT_EQ(t.db->TransactionDepth(), 0);
 }
 
+// A table the built-in schema doesn't know, made a moment earlier by the
+// same routine or by anybody else, takes the rows all the same.
+TEST(ADO2DAO, WritesIntoATableOutsideTheBuiltInSchema) {
+  TestDb t;
+  auto rs = Recordset::Create();
+  rs->Append("Codice", adInteger, 4);
+  rs->Append("Testo", adVarChar, 40);
+  rs->Append("Quando", adDate, 8);
+  rs->Open();
+  for (int i = 1; i <= 3; ++i) {
+    rs->AddNew();
+    rs->SetValue("Codice", i);
+    rs->SetValue("Testo", QString("riga \"%1\" d'esempio").arg(i));
+    rs->SetValue("Quando", D(2025, 12, 31, 23, 59, 59));
+    rs->Update();
+  }
+  // Created now, by the routine itself.
+  EXPECT_TRUE(ADO2DAO(rs, "LinkNuovi", true, {"Codice"}));
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM LinkNuovi").toInt(), 3);
+  EXPECT_EQ(t.Scalar("SELECT Testo FROM LinkNuovi WHERE Codice=2").toString(), "riga \"2\" d'esempio");
+  EXPECT_EQ(t.Scalar("SELECT Quando FROM LinkNuovi WHERE Codice=3").toDateTime(), D(2025, 12, 31, 23, 59, 59));
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM LinkNuovi WHERE Quando='2025-12-31 23:59:59'").toInt(), 3);
+
+  // Made by someone else, with its fields in another order: each field goes
+  // by its index, and the table's own fields decide the types.
+  t.Exec("CREATE TABLE Estranea (Numero INTEGER PRIMARY KEY, Nota VARCHAR(40), Giorno DATETIME)");
+  EXPECT_TRUE(ADO2DAO(rs, "Estranea", true));
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Estranea").toInt(), 3);
+  EXPECT_EQ(t.Scalar("SELECT Nota FROM Estranea WHERE Numero=1").toString(), "riga \"1\" d'esempio");
+  EXPECT_TRUE(t.LogLines("ModADO", "ADO2DAO").isEmpty());
+
+  // A second copy repeats the keys: each row fails on its own, with the engine's words in the log.
+  EXPECT_TRUE(ADO2DAO(rs, "Estranea", true));
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Estranea").toInt(), 3);
+  const QStringList log = t.LogLines("ModADO", "ADO2DAO");
+  ASSERT_EQ(log.size(), 3);
+  EXPECT_TRUE(log[0].contains("UNIQUE constraint failed: Estranea.Numero")) << log[0].toStdString();
+  EXPECT_EQ(t.db->TransactionDepth(), 0);
+}
+
 TEST(ScriviXML, NothingLeavesAnOlderFileInPlace) {
   TestDb t;
   const QString file = t.Path() + "/dati.xml";

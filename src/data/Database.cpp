@@ -456,9 +456,26 @@ bool Database::TableExists(const QString& name) const {
   return false;
 }
 
+bool Database::IsTable(const QString& name) const {
+  Statement s;
+  if (sqlite3_prepare_v2(H(handle_), "SELECT 1 FROM sqlite_master WHERE type='table' AND name=? COLLATE NOCASE", -1,
+                         &s.st, nullptr) != SQLITE_OK)
+    return false;
+  BindValue(s.st, 1, name);
+  return sqlite3_step(s.st) == SQLITE_ROW;
+}
+
 QStringList Database::KeyOf(const QString& table) const {
-  const TableDef* t = FindTable(table);
-  return t ? t->key : QStringList();
+  if (const TableDef* t = FindTable(table)) return t->key;
+  QStringList key;
+  Statement s;
+  if (sqlite3_prepare_v2(H(handle_), "SELECT name FROM pragma_table_info(?) WHERE pk > 0 ORDER BY pk", -1, &s.st,
+                         nullptr) != SQLITE_OK)
+    return key;
+  BindValue(s.st, 1, table);
+  while (sqlite3_step(s.st) == SQLITE_ROW)
+    key << QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(s.st, 0)));
+  return key;
 }
 
 QString Database::Adapt(const QString& sql) const { return AdattaSql(sql, *this); }

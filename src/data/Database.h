@@ -96,7 +96,9 @@ class Database {
 
   QStringList TableNames() const;  // tables and views
   bool TableExists(const QString& name) const;
-  QStringList KeyOf(const QString& table) const;  // primary key fields, from the schema
+  bool IsTable(const QString& name) const;  // a table of the database, not a view
+  // Primary key fields: the schema's, or for a table it doesn't know the engine's.
+  QStringList KeyOf(const QString& table) const;
 
   // The system's SQL (bracketed names, "texts", #dates#, DELETE *, Date(), Like
   // with *) turned into the engine's.

@@ -104,9 +104,9 @@ class TableCursor : public WriteCursor {
   QStringList key_;
 };
 
-// The one table of a simple SELECT, and its condition; empty when the
-// statement reads more than one table or groups its rows.
-bool SingleTable(const QString& sql, QString* table, QString* where) {
+// The one table of a simple SELECT, and its condition; false when the
+// statement reads more than one table, groups its rows, or reads a view.
+bool SingleTable(const Database& db, const QString& sql, QString* table, QString* where) {
   static const QRegularExpression re(
       QStringLiteral("^\\s*SELECT\\s+.+?\\s+FROM\\s+(\\[[^\\]]+\\]|\\w+)\\s*(?:WHERE\\s+(.*?))?\\s*"
                      "(?:ORDER\\s+BY\\s+.*?)?\\s*;?\\s*$"),
@@ -119,7 +119,7 @@ bool SingleTable(const QString& sql, QString* table, QString* where) {
   *table = m.captured(1);
   if (table->startsWith(QLatin1Char('['))) *table = table->mid(1, table->size() - 2);
   *where = m.captured(2).trimmed();
-  return FindTable(*table) != nullptr;
+  return FindTable(*table) != nullptr || db.IsTable(*table);
 }
 
 Database* DbOr(Database* db) {
@@ -143,7 +143,7 @@ void ApriRecordset(RecordsetPtr& rs, const Sql& sql, Database* db, int tipo) {
       out->AppendRows(std::move(r.rows));
       out->MoveFirst();
       QString table, where;
-      if (tipo == dbOpenDynaset && SingleTable(sql.Text(), &table, &where)) {
+      if (tipo == dbOpenDynaset && SingleTable(*d, sql.Text(), &table, &where)) {
         if (sql.Params().isEmpty())  // a condition with bound values can't be replayed as text
           out->SetWriteCursor(std::make_shared<TableCursor>(d, table, d->Adapt(where)));
         else
