@@ -450,3 +450,30 @@ TEST(frmDisp, ServiceKindsOfAnotherDispositionOfTheModelStayOffTheCard) {
     EXPECT_EQ(t.Scalar(prima).toString(), attese) << "after saving disposition " << cDisp;
   }
 }
+
+// The service kinds are deleted and written anew in one transaction: when the
+// writing fails, the old ones stay, and the engine's words reach the log.
+TEST(frmDisp, FailedWriteOfTheServiceKindsKeepsTheOldOnes) {
+  TestDb t;
+  Base(t);
+  t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp, CPrjDispTipo, Data, Qta, CStato) VALUES "
+         "(202500001, 1, 'Prima', 1, '2025-02-01 00:00:00', 1, 0)");
+  t.Exec("INSERT INTO ProjectsDispDett (CProject, CDisp, CPrestazione) VALUES (202500001, 1, 1)");
+  t.Exec("CREATE TRIGGER pieno BEFORE INSERT ON ProjectsDispDett BEGIN SELECT RAISE(ABORT, 'database or disk is full'); END");
+  Card c(1, 1);
+  ASSERT_EQ(c.f.lvwPrest->Count(), 2);
+  c.f.lvwPrest->SetChecked(1, true);  // Tornitura as well
+  EXPECT_TRUE(c.f.Salva());           // the user sees nothing of the failure
+  EXPECT_EQ(t.Scalar("SELECT group_concat(CPrestazione) FROM ProjectsDispDett WHERE CDisp=1").toString(), "1");
+  const QStringList log = t.LogLines("frmDisp", "SalvaDisp");
+  ASSERT_FALSE(log.isEmpty());
+  EXPECT_TRUE(log[0].contains("database or disk is full")) << log[0].toStdString();
+  EXPECT_EQ(t.db->TransactionDepth(), 0);
+  t.Exec("DROP TRIGGER pieno");
+  Card d(1, 1);
+  d.f.lvwPrest->SetChecked(1, true);
+  EXPECT_TRUE(d.f.Salva());
+  EXPECT_EQ(t.Scalar("SELECT group_concat(CPrestazione) FROM "
+                     "(SELECT CPrestazione FROM ProjectsDispDett WHERE CDisp=1 ORDER BY CPrestazione)").toString(),
+            "1,2");
+}

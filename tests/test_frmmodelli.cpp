@@ -598,3 +598,30 @@ TEST(OCPrestKT, AddAndEditOpenTheModelCard) {
   EXPECT_EQ(codice, 202400003);
   EXPECT_EQ(gCProject, 202400003);
 }
+
+// A model replaced under a freshly made code keeps its row when the new one
+// can't be written, and the engine's words reach the log.
+TEST(frmModelli, FailedSaveOfAReplacedRowKeepsTheOldRow) {
+  TestDb t;
+  Base(t);
+  // Dated 2024 but numbered as the next code of 2025: the new model of 2025 takes its code.
+  t.Exec("INSERT INTO Projects (CProject, DProject, CPrjTipo, TAnag, CAnag, DtIni, Stato, Qta) VALUES "
+         "(202500002, 'Fuori posto', 1, 1, 2, '2024-12-31 00:00:00', 0, 3)");
+  t.Exec("CREATE TRIGGER pieno BEFORE INSERT ON Projects BEGIN SELECT RAISE(ABORT, 'database or disk is full'); END");
+  Nuova n;
+  n.Compila("Nuovo 2025", 1, 1, QDate(2025, 6, 1));
+  EXPECT_TRUE(n.f.Salva());  // the user sees nothing of the failure
+  EXPECT_EQ(n.f.CProject, 202500002);
+  EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202500002").toString(), "Fuori posto");
+  const QStringList log = t.LogLines("frmModelli", "SalvaProject");
+  ASSERT_FALSE(log.isEmpty());
+  EXPECT_TRUE(log[0].contains("database or disk is full")) << log[0].toStdString();
+  EXPECT_EQ(t.db->TransactionDepth(), 0);
+  // Without the failure the same save replaces the row.
+  t.Exec("DROP TRIGGER pieno");
+  Nuova m;
+  m.Compila("Nuovo 2025", 1, 1, QDate(2025, 6, 1));
+  EXPECT_TRUE(m.f.Salva());
+  EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202500002").toString(), "Nuovo 2025");
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects WHERE CProject=202500002").toInt(), 1);
+}

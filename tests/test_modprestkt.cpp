@@ -83,6 +83,28 @@ TEST(CaricaModelli, StatusChoosesTheStates) {
   EXPECT_TRUE(IsNull(gRcsProjects->Value("DPrjTipo")));
 }
 
+// Notes longer than the memo field in memory (5000): the model stays in the
+// register with its notes cut, and the failure lands in the log once.
+TEST(CaricaModelli, NotesLongerThanTheMemoFieldKeepEveryModel) {
+  TestDb t;
+  Registro(t);
+  const QString lunghe = QString(4999, 'a') + "bcd" + QString(998, 'z');  // 6000
+  t.db->Execute(Sql("UPDATE Projects SET Annot=") + Sql::Param(lunghe) + Sql(" WHERE CProject=202500002"));
+  t.db->Execute(Sql("UPDATE Projects SET Annot=") + Sql::Param(QString(5000, 'x')) + Sql(" WHERE CProject=202500003"));
+  gDtIni = D(2025, 1, 1);
+  gDTEnd = D(2025, 12, 31);
+  CaricaModelli(gDtIni, gDTEnd, -1);
+  ASSERT_TRUE(gRcsProjects);
+  EXPECT_EQ(Codici(gRcsProjects), QStringList({"202500001", "202500002", "202500003", "202500004"}));
+  gRcsProjects->SetFilter("CProject=202500002");
+  EXPECT_EQ(gRcsProjects->Value("Annot").toString(), lunghe.left(5000));
+  gRcsProjects->SetFilter("CProject=202500003");
+  EXPECT_EQ(gRcsProjects->Value("Annot").toString().size(), 5000);  // exactly the size fits
+  EXPECT_EQ(t.LogLines("Procedure", "DAO2ADO").size(), 1);
+  // The table keeps the whole text.
+  EXPECT_EQ(t.Scalar("SELECT Annot FROM Projects WHERE CProject=202500002").toString(), lunghe);
+}
+
 TEST(AggiornaModello, RefreshedLineHasNoTypeUntilTheNextFullLoad) {
   TestDb t;
   Registro(t);
@@ -184,6 +206,21 @@ TEST(CaricaDatiModello, NewModelGivesTheStructuresOnly) {
   EXPECT_FALSE(gRcsProd);
   CaricaDatiModello(202500001);
   EXPECT_EQ(gRcsDisp->RecordCount(), 1);
+}
+
+TEST(CaricaDatiModello, DispositionNotesLongerThanTheMemoFieldKeepEveryDisposition) {
+  TestDb t;
+  Registro(t);
+  t.db->Execute(Sql("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp, Annot) VALUES (202500001, 1, 'A', ") +
+                Sql::Param(QString(5001, 'n')) + Sql("), (202500001, 2, 'B', 'corta'), (202500001, 3, 'C', NULL)"));
+  CaricaDatiModello(202500001);
+  ASSERT_TRUE(gRcsDisp);
+  EXPECT_EQ(gRcsDisp->RecordCount(), 3);
+  gRcsDisp->SetFilter("CDisp=1");
+  EXPECT_EQ(gRcsDisp->Value("Annot").toString(), QString(5000, 'n'));
+  gRcsDisp->SetFilter("CDisp=3");
+  EXPECT_EQ(gRcsDisp->Value("DDisp").toString(), "C");
+  EXPECT_EQ(t.LogLines("Procedure", "DAO2ADO").size(), 1);
 }
 
 TEST(CaricaAttivita, StoredZeroCostTakesTheOperatorsPresentCost) {

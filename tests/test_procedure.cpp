@@ -149,6 +149,60 @@ TEST(QueryExe, FailingStatementCommitsAnEmptyTransactionAndLogs) {
   EXPECT_EQ(t.Scalar("SELECT Descrizione FROM AnagTipo").toString(), "Clienti");
 }
 
+// An inner level goes back alone; the outer one commits what it wrote.
+TEST(Transactions, InnerRollbackLeavesTheOuterLevel) {
+  TestDb t;
+  t.db->BeginTrans();
+  t.Exec("INSERT INTO AnagTipo (TAnag, Descrizione) VALUES (1, 'Clienti')");
+  t.db->BeginTrans();
+  t.Exec("INSERT INTO AnagTipo (TAnag, Descrizione) VALUES (2, 'Fornitori')");
+  t.db->Rollback();
+  EXPECT_EQ(t.db->TransactionDepth(), 1);
+  t.db->CommitTrans();
+  EXPECT_EQ(t.db->TransactionDepth(), 0);
+  EXPECT_EQ(t.Scalar("SELECT group_concat(Descrizione) FROM AnagTipo").toString(), "Clienti");
+}
+
+// A statement the engine refuses in the middle of a Transazione takes the
+// whole of it back; a clean one commits.
+TEST(Transazione, AFailedStatementTakesBackEverythingSinceTheStart) {
+  TestDb t;
+  t.Exec("INSERT INTO AnagTipo (TAnag, Descrizione) VALUES (1, 'Clienti')");
+  Guard g("Prova", "Salva");
+  {
+    Transazione tr(g);
+    QueryExe("DELETE * FROM AnagTipo");
+    QueryExe("INSERT INTO AnagTipo (TAnag, Descrizione) VALUES (1, 'Nuovi'), (1, 'Doppi')");  // key repeated
+    EXPECT_FALSE(tr.Fine());
+  }
+  EXPECT_EQ(t.Scalar("SELECT group_concat(Descrizione) FROM AnagTipo").toString(), "Clienti");
+  EXPECT_EQ(t.LogLines("Procedure", "QueryExe").size(), 1);
+  {
+    Transazione tr(g);
+    QueryExe("DELETE * FROM AnagTipo");
+    QueryExe("INSERT INTO AnagTipo (TAnag, Descrizione) VALUES (1, 'Nuovi')");
+    EXPECT_TRUE(tr.Fine());
+  }
+  EXPECT_EQ(t.Scalar("SELECT group_concat(Descrizione) FROM AnagTipo").toString(), "Nuovi");
+  EXPECT_EQ(t.db->TransactionDepth(), 0);
+}
+
+// The engine ends the transaction by itself when the database can't grow:
+// the failure is logged once with the engine's words, and the commit that
+// follows has nothing to end.
+TEST(QueryExe, DatabaseThatCannotGrowLogsTheEnginesMessageOnce) {
+  TestDb t;
+  t.Exec("INSERT INTO Projects (CProject, DProject, CPrjTipo, TAnag, CAnag, DtIni) VALUES "
+         "(202500001, 'Stampo', 1, 1, 1, '2025-01-10 00:00:00')");
+  t.Exec(QString("PRAGMA max_page_count=%1").arg(t.Scalar("PRAGMA page_count").toInt()));
+  QueryExe(Sql("UPDATE Projects SET Annot=") + Sql::Param(QString(200000, 'a')));
+  const QStringList lines = t.LogLines("Procedure", "QueryExe");
+  ASSERT_EQ(lines.size(), 1);
+  EXPECT_TRUE(lines[0].contains("database or disk is full")) << lines[0].toStdString();
+  EXPECT_EQ(t.db->TransactionDepth(), 0);
+  EXPECT_TRUE(IsNull(t.Scalar("SELECT Annot FROM Projects")));
+}
+
 TEST(TestoSql, EmptyTextIsNullAndFindsNothing) {
   TestDb t;
   Models(t);

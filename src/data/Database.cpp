@@ -314,6 +314,11 @@ struct Database::Statement {
   }
 };
 
+void Database::Failed(int rc, const QString& sql) {
+  ++failures_;
+  RaiseEngine(H(handle_), rc, sql);
+}
+
 // Adapts, prepares and binds one statement of the system.
 void Database::Prepare(const Sql& sql, Statement& s, QString& text) {
   ++statements_;
@@ -321,7 +326,7 @@ void Database::Prepare(const Sql& sql, Statement& s, QString& text) {
   sqlite3* h = H(handle_);
   const QByteArray utf8 = text.toUtf8();
   const int rc = sqlite3_prepare_v2(h, utf8.constData(), utf8.size(), &s.st, nullptr);
-  if (rc != SQLITE_OK) RaiseEngine(h, rc, text);
+  if (rc != SQLITE_OK) Failed(rc, text);
   Bind(s.st, sql.Params());
 }
 
@@ -349,7 +354,7 @@ Database::Result Database::Select(const Sql& sql) {
     for (int i = 0; i < n; ++i) row[i] = ValueOfDao(daoTypes[i], s.st, i);
     r.rows.push_back(std::move(row));
   }
-  if (rc != SQLITE_DONE) RaiseEngine(h, rc, text);
+  if (rc != SQLITE_DONE) Failed(rc, text);
   // Columns whose type neither the table nor the expression tells take it from the values.
   for (int i = 0; i < n; ++i) {
     if (daoTypes[i] != 0) continue;
@@ -378,7 +383,7 @@ int Database::Execute(const Sql& sql) {
   int rc;
   while ((rc = sqlite3_step(s.st)) == SQLITE_ROW) {
   }
-  if (rc != SQLITE_DONE) RaiseEngine(h, rc, text);
+  if (rc != SQLITE_DONE) Failed(rc, text);
   return sqlite3_changes(h);
 }
 
@@ -399,7 +404,7 @@ qint64 Database::InsertMany(const QString& table, const QStringList& columns,
     Statement s;
     const QByteArray utf8 = text.toUtf8();
     int rc = sqlite3_prepare_v2(h, utf8.constData(), utf8.size(), &s.st, nullptr);
-    if (rc != SQLITE_OK) RaiseEngine(h, rc, text);
+    if (rc != SQLITE_OK) Failed(rc, text);
     const int n = static_cast<int>(columns.size());
     Row row;
     for (;;) {
@@ -407,34 +412,47 @@ qint64 Database::InsertMany(const QString& table, const QStringList& columns,
       if (!next(row)) break;
       for (int i = 0; i < n; ++i) BindValue(s.st, i + 1, i < static_cast<int>(row.size()) ? row[i] : QVariant());
       rc = sqlite3_step(s.st);
-      if (rc != SQLITE_DONE) RaiseEngine(h, rc, text);
+      if (rc != SQLITE_DONE) Failed(rc, text);
       sqlite3_reset(s.st);
       ++count;
     }
   } catch (...) {
-    // The transaction opened here goes back; an outer one stays with its owner.
-    if (outer == 0) Rollback();
-    else transDepth_ = outer;
+    // What this call inserted goes back; an outer transaction stays with its owner.
+    if (transDepth_ > outer) Rollback();
     throw;
   }
   CommitTrans();
   return count;
 }
 
+// The outermost level is the engine's transaction; the levels inside it are
+// savepoints, so that an inner level can go back alone.
 void Database::BeginTrans() {
-  if (transDepth_ == 0) Execute(Sql("BEGIN"));
+  Execute(Sql(transDepth_ == 0 ? QStringLiteral("BEGIN") : QStringLiteral("SAVEPOINT L%1").arg(transDepth_)));
   ++transDepth_;
 }
 
+// Some failures (a full disk, a lost lock) make the engine end the transaction
+// by itself: what it held is gone already, and there is nothing left to end.
+bool Database::EngineInTransaction() const { return sqlite3_get_autocommit(H(handle_)) == 0; }
+
 void Database::CommitTrans() {
   if (transDepth_ == 0) Raise(3034, QStringLiteral("You tried to commit or rollback without first beginning a transaction."));
-  if (--transDepth_ == 0) Execute(Sql("COMMIT"));
+  --transDepth_;
+  if (!EngineInTransaction()) return;
+  Execute(Sql(transDepth_ == 0 ? QStringLiteral("COMMIT") : QStringLiteral("RELEASE L%1").arg(transDepth_)));
 }
 
 void Database::Rollback() {
   if (transDepth_ == 0) return;
-  transDepth_ = 0;
-  Execute(Sql("ROLLBACK"));
+  --transDepth_;
+  if (!EngineInTransaction()) return;
+  if (transDepth_ == 0) {
+    Execute(Sql("ROLLBACK"));
+  } else {
+    Execute(Sql(QStringLiteral("ROLLBACK TO L%1").arg(transDepth_)));
+    Execute(Sql(QStringLiteral("RELEASE L%1").arg(transDepth_)));
+  }
 }
 
 QStringList Database::TableNames() const {

@@ -86,13 +86,16 @@ class Database {
   // and columns' names go to the engine as they are, unadapted.
   qint64 InsertMany(const QString& table, const QStringList& columns, const std::function<bool(Row&)>& next);
 
-  // Transactions nest: only the outermost commit reaches the engine.
+  // Transactions nest: only the outermost commit makes the writes last.
+  // Rollback undoes the innermost level alone.
   void BeginTrans();
   void CommitTrans();
   void Rollback();
   int TransactionDepth() const { return transDepth_; }
-  // How many statements reached the engine since the database was opened.
+  // How many statements reached the engine since the database was opened,
+  // and how many of them failed.
   int StatementCount() const { return statements_; }
+  int Failures() const { return failures_; }
 
   QStringList TableNames() const;  // tables and views
   bool TableExists(const QString& name) const;
@@ -111,6 +114,8 @@ class Database {
   void InstallFunctions();
   struct Statement;
   void Prepare(const Sql& sql, Statement& s, QString& text);
+  [[noreturn]] void Failed(int rc, const QString& sql);  // counts and raises the engine's message
+  bool EngineInTransaction() const;
 
   Engine engine_ = Engine::SQLite;
   QString connectionName_;
@@ -119,6 +124,7 @@ class Database {
   void* handle_ = nullptr;  // the engine's native handle
   int transDepth_ = 0;
   int statements_ = 0;
+  int failures_ = 0;
 };
 
 using DatabasePtr = Ref<Database>;

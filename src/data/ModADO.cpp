@@ -104,7 +104,8 @@ void ADO2ADO(const RecordsetPtr& rsFrom, RecordsetPtr& rsTo, bool tutti, bool ag
       if (progress && count > 0) progress(rsFrom->AbsolutePosition() * 100 / count, 100);
       rsTo->AddNew();
       for (int i = 0; i < n; ++i)
-        if (target[i] >= 0) rsTo->SetValue(target[i], rsFrom->Value(i));
+        if (target[i] >= 0)
+          rsTo->SetValue(target[i], ValoreCopiato(g, rsTo->FieldInfo(target[i]), rsFrom->Value(i)));
       rsTo->Update();
     }
   });
@@ -151,6 +152,7 @@ bool ADO2DAO(const RecordsetPtr& rs, const QString& nomeTabella, bool copiaDati,
   Guard riga(kModulo, QStringLiteral("ADO2DAO"));
   g([&] {
     const int n = rs->FieldCount();
+    const int fuori = db->TransactionDepth();
     for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
       // One transaction per row: a failing row is logged and the walk goes on.
       const bool scritta = riga([&] {
@@ -164,7 +166,7 @@ bool ADO2DAO(const RecordsetPtr& rs, const QString& nomeTabella, bool copiaDati,
         // The row's transaction is committed with what was written, which is nothing.
         Guard pulizia(kModulo, QStringLiteral("ADO2DAO"), Guard::Silent);
         pulizia([&] { dao->CancelUpdate(); });
-        if (db->TransactionDepth() > 0) pulizia([&] { CommitTrans(db); });
+        if (db->TransactionDepth() > fuori) pulizia([&] { CommitTrans(db); });
       }
     }
   });

@@ -7,6 +7,7 @@
 #include <QTextStream>
 
 #include "ModPrestKT.h"
+#include "RecordsetFilter.h"
 #include "Schema.h"
 
 extern char** environ;
@@ -194,6 +195,19 @@ FieldDef AdoFieldOfDao(const FieldDef& dao) {
   return f;
 }
 
+QVariant ValoreCopiato(Guard& g, const FieldDef& f, const QVariant& v) {
+  QVariant out;
+  if (g([&] { out = Recordset::FitValue(f, v); })) return out;
+  const int limite = detail::TextLimit(f);
+  if (limite > 0 && v.typeId() == QMetaType::QString) {
+    try {
+      return Recordset::FitValue(f, v.toString().left(limite));
+    } catch (...) {
+    }
+  }
+  return QVariant();
+}
+
 void DAO2ADO(const RecordsetPtr& rsDAO, RecordsetPtr& rsADO, const Progress& progress, bool aggiungi,
              bool mostra, bool recStat) {
   Guard g(kModulo, QStringLiteral("DAO2ADO"));
@@ -218,7 +232,7 @@ void DAO2ADO(const RecordsetPtr& rsDAO, RecordsetPtr& rsADO, const Progress& pro
   if (!mostra) {
     g([&] {
       // Fields are copied by name; the mapping is resolved once, and the rows
-      // go in as one block. A value that does not fit stops the copy at its row.
+      // go in as one block. A value that does not fit is logged and the row stays.
       const auto& from = rsDAO->FieldDefs();
       const auto& to = rsADO->FieldDefs();
       std::vector<int> target(from.size());
@@ -230,18 +244,13 @@ void DAO2ADO(const RecordsetPtr& rsDAO, RecordsetPtr& rsADO, const Progress& pro
       if (progress) progress(0, count);
       std::vector<Row> rows;
       rows.reserve(count);
-      try {
-        for (rsDAO->MoveFirst(); !rsDAO->Eof(); rsDAO->MoveNext()) {
-          Row r(to.size());
-          for (size_t i = 0; i < from.size(); ++i)
-            if (target[i] >= 0) r[target[i]] = Recordset::FitValue(to[target[i]], rsDAO->Value(static_cast<int>(i)));
-          if (recStatIndex >= 0) r[recStatIndex] = 0;
-          rows.push_back(std::move(r));
-          if (progress) progress(static_cast<int>(rows.size()), count);
-        }
-      } catch (...) {
-        rsADO->AppendRows(std::move(rows));
-        throw;
+      for (rsDAO->MoveFirst(); !rsDAO->Eof(); rsDAO->MoveNext()) {
+        Row r(to.size());
+        for (size_t i = 0; i < from.size(); ++i)
+          if (target[i] >= 0) r[target[i]] = ValoreCopiato(g, to[target[i]], rsDAO->Value(static_cast<int>(i)));
+        if (recStatIndex >= 0) r[recStatIndex] = 0;
+        rows.push_back(std::move(r));
+        if (progress) progress(static_cast<int>(rows.size()), count);
       }
       rsADO->AppendRows(std::move(rows));
     });
@@ -278,6 +287,31 @@ bool BeginTrans(Database* db) {
 bool CommitTrans(Database* db) {
   DbOr(db)->CommitTrans();
   return true;
+}
+
+Transazione::Transazione(Guard& g, Database* db) : g_(g) {
+  g_([&] {
+    db_ = DbOr(db);
+    db_->BeginTrans();
+    aperta_ = true;
+  });
+  guasti_ = g_.Failures();
+  guastiDb_ = db_ ? db_->Failures() : 0;
+}
+
+Transazione::~Transazione() { Fine(); }
+
+bool Transazione::Fine() {
+  if (!aperta_) return false;
+  aperta_ = false;
+  const bool riuscita = g_.Failures() == guasti_ && db_->Failures() == guastiDb_;
+  g_([&] {
+    if (riuscita)
+      db_->CommitTrans();
+    else
+      db_->Rollback();
+  });
+  return riuscita;
 }
 
 QString ErrLogFile(const QString& modulo, const QString& procedura, const QDateTime& when) {

@@ -32,6 +32,10 @@ void DAO2ADO(const RecordsetPtr& rsDAO, RecordsetPtr& rsADO, const Progress& pro
              bool aggiungi = false, bool mostra = false, bool recStat = false);
 // The in-memory field that DAO2ADO makes of a database field.
 FieldDef AdoFieldOfDao(const FieldDef& daoField);
+// A value on its way into field f of a copy. One that doesn't fit fails
+// through g, and the row keeps what fits: a text cut to the field's size,
+// anything else Null. Copies never drop a row for a value.
+QVariant ValoreCopiato(Guard& g, const FieldDef& f, const QVariant& v);
 
 // Quoting of values into SQL. TestoSql binds the text (with each double quote
 // turned into two single quotes) and gives the word Null for an empty text.
@@ -41,6 +45,27 @@ QString DataSqlIso(const QVariant& data);  // 'yyyy-mm-dd'
 
 bool BeginTrans(Database* db = nullptr);
 bool CommitTrans(Database* db = nullptr);
+
+// Writes that must land together, such as a delete and the writing anew of
+// the same rows. The statements in between run through the caller's guard as
+// usual; Fine commits when none of them failed, and otherwise rolls back, so
+// that the tables hold the old rows or the new ones, never neither. Each
+// failure is in the log all the same.
+class Transazione {
+ public:
+  explicit Transazione(Guard& g, Database* db = nullptr);
+  ~Transazione();
+  Transazione(const Transazione&) = delete;
+  Transazione& operator=(const Transazione&) = delete;
+  bool Fine();  // true when committed
+
+ private:
+  Guard& g_;
+  Database* db_ = nullptr;
+  int guasti_ = 0;
+  int guastiDb_ = 0;
+  bool aperta_ = false;
+};
 
 // The error log: gPathDB + "/ErrLogs/YYYY/MM/<Modulo>_<Procedura>.log", one
 // line "dd hh:nn:ss - Procedura: Testo". Never fails.

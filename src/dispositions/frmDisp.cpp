@@ -521,6 +521,8 @@ void frmDisp::SalvaDisp() {
   g([&] { rs->SetValue(QStringLiteral("PzVend"), OCPzVend->Value()); });
   g([&] { rs->Update(); });
   const QString chiave = QStringLiteral(" WHERE CProject=") + N(CProject) + QStringLiteral(" AND CDisp=") + N(CDisp);
+  // The service kinds are deleted and written anew together, or not at all.
+  Transazione t(g);
   if (Azione != 2) g([&] { QueryExe(QStringLiteral("DELETE * FROM ProjectsDispDett") + chiave); });
   g([&] {
     RecordsetPtr dett;
@@ -536,6 +538,7 @@ void frmDisp::SalvaDisp() {
       dett->Update();
     }
   });
+  t.Fine();
   g([&] {
     SetModificato(false);
     Azione = 1;

@@ -600,6 +600,8 @@ void frmModelli::SalvaProject() {
     });
   }
   RecordsetPtr rs;
+  // A row replaced under a fresh code goes only together with the writing of the new one.
+  Transazione t(g);
   g([&] { ApriRecordset(rs, QStringLiteral("SELECT * FROM Projects WHERE CProject=") + N(CProject), nullptr, dbOpenDynaset); });
   if (Azione != 2) {
     g([&] { rs->Edit(); });
@@ -622,6 +624,7 @@ void frmModelli::SalvaProject() {
   g([&] { rs->SetValue(QStringLiteral("Annot"), TBAnnot->toPlainText()); });
   g([&] { rs->SetValue(QStringLiteral("Qta"), OCUpQta->Value()); });
   g([&] { rs->Update(); });
+  t.Fine();
   g([&] {
     int codice = CProject;
     gOcxEventS->ReloadControl(codice);
