@@ -78,6 +78,8 @@ TEST(OCPrestKT, DBConnWithoutMagnifyLogsOneLine) {
   EXPECT_EQ(gPathLogo, t.db->PathDB() + "logo.bmp");
   EXPECT_TRUE(gOcxEventS);
   EXPECT_EQ(s.ctl.OcxEventS(), gOcxEventS);
+  // The log's room for a full disk is set aside at the connection.
+  EXPECT_EQ(QFileInfo(t.db->PathDB() + "ErrLogs/.riserva").size(), kRiservaLog);
 }
 
 TEST(OCPrestKT, DBConnReadsMagnify) {

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QXmlStreamReader>
 
 #include "ModADO.h"
@@ -201,6 +202,27 @@ TEST(QueryExe, DatabaseThatCannotGrowLogsTheEnginesMessageOnce) {
   EXPECT_TRUE(lines[0].contains("database or disk is full")) << lines[0].toStdString();
   EXPECT_EQ(t.db->TransactionDepth(), 0);
   EXPECT_TRUE(IsNull(t.Scalar("SELECT Annot FROM Projects")));
+}
+
+// A write that fails on a full disk still leaves its line in the log, with
+// the engine's own words. The disk is a small file system in a mount
+// namespace of the test's own; where the machine doesn't allow one, the test
+// can't run and says so.
+TEST(ErrLog, FullDiskStillGetsTheEnginesMessage) {
+  QTemporaryDir dir;
+  QProcess p;
+  p.start(QStringLiteral("unshare"),
+          {"--mount", "--propagation", "private", "sh", "-c",
+           "mount -t tmpfs -o size=512k tmpfs \"$1\" || exit 77; exec \"$2\" \"$1\"", "sh", dir.path(),
+           QStringLiteral(DISCO_PIENO)});
+  ASSERT_TRUE(p.waitForFinished(60000));
+  const QString out = QString::fromLocal8Bit(p.readAllStandardOutput());
+  if (!out.contains("esito: fine")) {
+    ASSERT_TRUE(p.exitCode() == 77 || p.exitCode() == 1) << out.toStdString() << p.readAllStandardError().toStdString();
+    GTEST_SKIP() << "no private file system here: " << p.readAllStandardError().toStdString();
+  }
+  EXPECT_TRUE(out.contains("riserva: 65536")) << out.toStdString();
+  EXPECT_TRUE(out.contains(" - QueryExe: database or disk is full [")) << out.toStdString();
 }
 
 TEST(TestoSql, EmptyTextIsNullAndFindsNothing) {

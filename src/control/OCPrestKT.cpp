@@ -252,6 +252,7 @@ void OCPrestKT::DBConn(const DatabasePtr& db, int vCurUtente, const QIcon& vIcon
     gNomeDB = nome;
     gIcona = vIcona;
   });
+  g([&] { RiservaSpazioLog(); });
   // The key has no default: a missing one fails the conversion, and gMagnify stays as it is.
   g([&] { gMagnify = CInt(LeggiConfig(true, QStringLiteral("Magnify"))); });
   if (gMagnify > 16) g([&] { ImpostaFontGrandi(); });

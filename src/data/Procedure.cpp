@@ -123,6 +123,15 @@ bool SingleTable(const Database& db, const QString& sql, QString* table, QString
   return FindTable(*table) != nullptr || db.IsTable(*table);
 }
 
+// Appends one line to a log file, its folders made first; false when any
+// of it failed, a full disk included.
+bool AggiungiRiga(const QString& file, const QByteArray& riga) {
+  if (!EsisteCartella(QFileInfo(file).path(), true)) return false;
+  QFile f(file);
+  if (!f.open(QIODevice::Append)) return false;
+  return f.write(riga) == riga.size() && f.flush();
+}
+
 Database* DbOr(Database* db) {
   if (db) return db;
   if (!gDB) Raise(err::ObjectNotSet);
@@ -340,16 +349,32 @@ void ScriviErrLog(const QString& modulo, const QString& procedura, const QString
     }
     const QDateTime now = Now();
     const QString file = ErrLogFile(modulo, procedura, now);
-    const QString folder = QFileInfo(file).path();
-    if (!EsisteCartella(folder, true)) return;
-    QFile f(file);
-    if (!f.open(QIODevice::Append | QIODevice::Text)) return;
     const QByteArray line = (Format(now, QStringLiteral("dd hh:nn:ss")) + QStringLiteral(" - ") + procedura +
                              QStringLiteral(": ") + testo + QLatin1Char('\n'))
                                 .toUtf8();
-    f.write(line);
+    // On a full disk the reserved room is given back, so that the line lands.
+    if (!AggiungiRiga(file, line) && QFile::remove(FileRiservaLog())) AggiungiRiga(file, line);
   } catch (...) {
     // The logger never fails its caller.
+  }
+}
+
+QString FileRiservaLog() { return gPathDB + QStringLiteral("ErrLogs/.riserva"); }
+
+void RiservaSpazioLog() {
+  try {
+    if (gPathDB.isEmpty()) return;
+    QFile f(FileRiservaLog());
+    if (f.size() >= kRiservaLog) return;
+    EsisteCartella(QFileInfo(f).path(), true);
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate)) return;
+    // Real bytes: a file only stretched to its size would hold no room at all.
+    const QByteArray zeri(kRiservaLog, '\0');
+    if (f.write(zeri) != zeri.size() || !f.flush()) {
+      f.close();
+      f.remove();
+    }
+  } catch (...) {
   }
 }
 

@@ -71,6 +71,12 @@ class Transazione {
 // line "dd hh:nn:ss - Procedura: Testo". Never fails.
 void ScriviErrLog(const QString& modulo, const QString& procedura, const QString& testo, bool& mostra);
 QString ErrLogFile(const QString& modulo, const QString& procedura, const QDateTime& when);
+// Room for the log on a full disk: a file of reserved bytes in the log's
+// folder, made when the component connects and given back by the logger when
+// a line can't be written otherwise.
+inline constexpr qint64 kRiservaLog = 64 * 1024;
+QString FileRiservaLog();
+void RiservaSpazioLog();
 
 // Configuration file Vorn.def in the database's folder. utente: the section of
 // the current user (gCurUtente), otherwise "IMPOSTAZIONI".
