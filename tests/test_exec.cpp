@@ -301,6 +301,23 @@ TEST(frmExec, NotesSplitOver255Characters) {
   EXPECT_EQ(s.f.TBAnnot->toPlainText(), a255 + "Q");
 }
 
+// The notes take 255 characters in the first field and at most 5000 more in
+// the second, whose memory copy holds 5000.
+TEST(frmExec, NotesStopAtWhatTheirTwoFieldsHold) {
+  TestDb t;
+  Base(t);
+  Carta s(2);
+  s.Compila(QDate(2026, 1, 7), 1, 0);
+  const QString testo = QString(255, 'a') + QString(5001, 'b');
+  s.f.TBAnnot->setPlainText(testo);
+  EXPECT_EQ(s.f.TBAnnot->toPlainText(), testo.left(5255));
+  ASSERT_TRUE(s.f.Salva());
+  EXPECT_EQ(Testo(t, "Annot1", 202600001), QString(255, 'a'));
+  EXPECT_EQ(Testo(t, "Annot2", 202600001), QString(5000, 'b'));
+  Carta r(1, 202600001);
+  EXPECT_EQ(r.f.TBAnnot->toPlainText(), testo.left(5255));
+}
+
 TEST(frmExec, ExistingActivityReadByTheClock) {
   TestDb t;
   Base(t);

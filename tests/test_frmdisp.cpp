@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QTest>
 #include <QTimer>
 
 #include "ProcedureUi.h"
@@ -476,4 +477,32 @@ TEST(frmDisp, FailedWriteOfTheServiceKindsKeepsTheOldOnes) {
   EXPECT_EQ(t.Scalar("SELECT group_concat(CPrestazione) FROM "
                      "(SELECT CPrestazione FROM ProjectsDispDett WHERE CDisp=1 ORDER BY CPrestazione)").toString(),
             "1,2");
+}
+
+// The description takes no more than its column's 255 characters, typed or
+// pasted, and the notes no more than the 5000 of the memo in memory; what is
+// saved is what the card shows.
+TEST(frmDisp, TextsStopAtTheSizeOfTheirColumn) {
+  TestDb t;
+  Base(t);
+  Card c(2, 0);
+  c.Tipo(1);
+  QTest::keyClicks(c.f.TBDDisp, QString(254, 'd'));
+  EXPECT_EQ(c.f.TBDDisp->text().size(), 254);
+  QTest::keyClicks(c.f.TBDDisp, "ef");  // the 255th goes in, the 256th doesn't
+  EXPECT_EQ(c.f.TBDDisp->text(), QString(254, 'd') + "e");
+  c.f.TBDDisp->setText(QString(300, 'x'));  // a paste of 300
+  EXPECT_EQ(c.f.TBDDisp->text(), QString(255, 'x'));
+  c.f.TBAnnot->setPlainText("inizio fine");
+  QTextCursor cur = c.f.TBAnnot->textCursor();
+  cur.setPosition(7);
+  c.f.TBAnnot->setTextCursor(cur);
+  c.f.TBAnnot->insertPlainText(QString(6000, 'n'));  // pasted in the middle
+  EXPECT_EQ(c.f.TBAnnot->toPlainText(), "inizio " + QString(4989, 'n') + "fine");
+  EXPECT_EQ(c.f.TBAnnot->toPlainText().size(), 5000);
+  c.f.OCUpQta->SetValue(1);
+  ASSERT_TRUE(c.f.Salva());
+  EXPECT_EQ(t.Scalar("SELECT DDisp FROM ProjectsDisp WHERE CDisp=1").toString(), QString(255, 'x'));
+  EXPECT_EQ(t.Scalar("SELECT Annot FROM ProjectsDisp WHERE CDisp=1").toString(), c.f.TBAnnot->toPlainText());
+  EXPECT_TRUE(t.LogLines("frmDisp", "SalvaDisp").isEmpty());
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QTest>
 #include <QTimer>
 
 #include "OCPrestKT.h"
@@ -624,4 +625,21 @@ TEST(frmModelli, FailedSaveOfAReplacedRowKeepsTheOldRow) {
   EXPECT_TRUE(m.f.Salva());
   EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202500002").toString(), "Nuovo 2025");
   EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects WHERE CProject=202500002").toInt(), 1);
+}
+
+// The model's name takes no more than its column's 255 characters, and the
+// notes no more than the 5000 of the memo in memory.
+TEST(frmModelli, TextsStopAtTheSizeOfTheirColumn) {
+  TestDb t;
+  Base(t);
+  Nuova n;
+  n.Compila(QString(), 1, 1, QDate(2025, 6, 1));
+  QTest::keyClicks(n.f.TBDProject, QString(256, 'm'));
+  EXPECT_EQ(n.f.TBDProject->text(), QString(255, 'm'));
+  n.f.TBAnnot->setPlainText(QString(5001, 'a'));
+  EXPECT_EQ(n.f.TBAnnot->toPlainText(), QString(5000, 'a'));
+  ASSERT_TRUE(n.f.Salva());
+  EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202500002").toString(), QString(255, 'm'));
+  EXPECT_EQ(t.Scalar("SELECT Annot FROM Projects WHERE CProject=202500002").toString(), QString(5000, 'a'));
+  EXPECT_TRUE(t.LogLines("frmModelli", "SalvaProject").isEmpty());
 }

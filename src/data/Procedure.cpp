@@ -191,7 +191,7 @@ FieldDef AdoFieldOfDao(const FieldDef& dao) {
     case dbDouble: f.Type = adDouble; f.DefinedSize = 8; break;
     case dbDate: f.Type = adDate; f.DefinedSize = 8; break;
     case dbText: f.Type = adVarChar; f.DefinedSize = dao.DefinedSize > 0 ? dao.DefinedSize : 255; break;
-    case dbMemo: f.Type = adVarChar; f.DefinedSize = 5000; break;
+    case dbMemo: f.Type = adVarChar; f.DefinedSize = kMemoInMemoria; break;
     case dbChar: f.Type = adVarChar; f.DefinedSize = dao.DefinedSize > 0 ? dao.DefinedSize : 10; break;
     case dbNumeric: f.Type = adNumeric; f.DefinedSize = 19; break;
     case dbDecimal: f.Type = adDecimal; f.DefinedSize = 19; break;

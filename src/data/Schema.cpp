@@ -254,6 +254,13 @@ const ColumnDef* FindAnyColumn(const QString& column) {
   return nullptr;
 }
 
+int TestoMassimo(const QString& table, const QString& column) {
+  const ColumnDef* c = FindColumn(table, column);
+  if (!c) return 0;
+  if (c->type == dbMemo) return kMemoInMemoria;
+  return c->type == dbText || c->type == dbChar ? (c->size > 0 ? c->size : 255) : 0;
+}
+
 void CreaTabella(Database& db, const QString& name) {
   if (const TableDef* t = FindTable(name)) CreateTable(db, *t);
 }

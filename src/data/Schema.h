@@ -38,6 +38,12 @@ const ColumnDef* FindColumn(const QString& table, const QString& column);
 // The type of a column by its name alone, looked up over all tables; 0 when unknown.
 const ColumnDef* FindAnyColumn(const QString& column);
 
+// A memo held in a disconnected recordset takes at most this many characters.
+inline constexpr int kMemoInMemoria = 5000;
+// The most characters a text of the column holds as the screens work with it:
+// a text column's size, a memo's size in memory; 0 for any other column.
+int TestoMassimo(const QString& table, const QString& column);
+
 // Creates every table (but the on-demand ones unless asked), index and view that is missing.
 void CreaSchema(Database& db, bool withOnDemand = false);
 // Creates one table of the schema with its key and indexes, when missing.

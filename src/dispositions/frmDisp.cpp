@@ -11,6 +11,7 @@
 #include "ModPrestKT.h"
 #include "Procedure.h"
 #include "ProcedureUi.h"
+#include "Schema.h"
 #include "frmDispInfo.h"
 #include "frmExec.h"
 #include "frmExecSposta.h"
@@ -80,6 +81,7 @@ void frmDisp::BuildUi() {
   f6->addWidget(CBTipoDisp, 1);
   f6->addWidget(Command3);
   TBDDisp = Nome(new QLineEdit(OCFrame1), "TBDDisp");
+  LimitaTesto(TBDDisp, TestoMassimo(QStringLiteral("ProjectsDisp"), QStringLiteral("DDisp")));
   auto* f1 = new QFormLayout(OCFrame1);
   f1->addRow(QStringLiteral("Gruppo fatturazione"), CBGroupFatt);
   f1->addRow(QStringLiteral("Tipo disposizione"), OCFrame6);
@@ -140,6 +142,7 @@ void frmDisp::BuildUi() {
   lvwEsecExt = Nome(new ListView, "lvwEsecExt");
   lvwDocs = Nome(new ListView, "lvwDocs");
   TBAnnot = Nome(new QPlainTextEdit, "TBAnnot");
+  LimitaTesto(TBAnnot, TestoMassimo(QStringLiteral("ProjectsDisp"), QStringLiteral("Annot")));
   SSTab1->addTab(Pagina(lvwPrest), QStringLiteral("Prestazioni"));
   SSTab1->addTab(Pagina(lvwEsecInt), QStringLiteral("Esec. interne"));
   SSTab1->addTab(Pagina(lvwEsecExt), QStringLiteral("Esec. esterne"));

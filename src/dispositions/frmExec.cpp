@@ -9,6 +9,7 @@
 #include "ModPrestKT.h"
 #include "Procedure.h"
 #include "ProcedureUi.h"
+#include "Schema.h"
 
 namespace prestkt {
 
@@ -93,6 +94,9 @@ void frmExec::BuildUi() {
   OCMinuti->setRange(-60, 60);
   OCMinuti->setMinimumWidth(70);
   TBAnnot = nome(new QPlainTextEdit(OCFrame1), "TBAnnot");
+  // The notes are kept in two fields: the first 255 characters, and the rest.
+  LimitaTesto(TBAnnot, TestoMassimo(QStringLiteral("ActivitiesProd"), QStringLiteral("Annot1")) +
+                           TestoMassimo(QStringLiteral("ActivitiesProd"), QStringLiteral("Annot2")));
   TBAnnot->setMinimumHeight(90);
   auto* g1 = new QGridLayout(OCFrame1);
   g1->addWidget(new QLabel(QStringLiteral("Data")), 0, 0);

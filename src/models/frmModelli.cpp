@@ -12,6 +12,7 @@
 #include "ModPrestKT.h"
 #include "Procedure.h"
 #include "ProcedureUi.h"
+#include "Schema.h"
 #include "frmDisp.h"
 #include "frmModelliDocs.h"
 
@@ -108,6 +109,7 @@ void frmModelli::BuildUi() {
   l7->addWidget(CBTipoPrj, 1);
   l7->addWidget(cmdTipologia);
   TBDProject = nome(new QLineEdit(modello), "TBDProject");
+  LimitaTesto(TBDProject, TestoMassimo(QStringLiteral("Projects"), QStringLiteral("DProject")));
   OCUpQta = nome(new NumericSpin(modello, QStringLiteral("0")), "OCUpQta");
   OCUpQta->setRange(0, 1e9);
   gm->addWidget(new QLabel(QStringLiteral("Codice")), 0, 0);
@@ -164,6 +166,7 @@ void frmModelli::BuildUi() {
   SSTab1 = nome(new QTabWidget(this), "SSTab1");
   ListView1 = nome(new ListView, "ListView1");
   TBAnnot = nome(new QPlainTextEdit, "TBAnnot");
+  LimitaTesto(TBAnnot, TestoMassimo(QStringLiteral("Projects"), QStringLiteral("Annot")));
   lvwDocs = nome(new ListView, "lvwDocs");
   lvwDocs->setAcceptDrops(true);
   lvwRegistrazioni = nome(new ListView, "lvwRegistrazioni");

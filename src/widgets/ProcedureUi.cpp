@@ -1,13 +1,18 @@
 #include "ProcedureUi.h"
 
 #include <QApplication>
+#include <memory>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QInputDialog>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalBlocker>
+#include <QTextCursor>
+#include <QTextDocument>
 
 #include "ModPrestKT.h"
 #include "Procedure.h"
@@ -200,6 +205,37 @@ void CaricaComboTipoDisp(QComboBox* combo) {
     CaricaCombo(combo,
                 QStringLiteral("SELECT CPrjDispTipo, DPrjDispTipo, Sigla FROM ProjectsDispTipo ORDER BY DPrjDispTipo; "),
                 0, 1, 0, QStringLiteral("{tutte}"));
+  });
+}
+
+void LimitaTesto(QWidget* campo, int massimo) {
+  if (massimo <= 0) return;
+  if (auto* riga = qobject_cast<QLineEdit*>(campo)) {
+    riga->setMaxLength(massimo);
+    return;
+  }
+  auto* testo = qobject_cast<QPlainTextEdit*>(campo);
+  if (!testo) return;
+  // The excess goes from the end of what was just added, so that the text
+  // already there stays as it was. The cut waits for the change to end.
+  auto aggiunta = std::make_shared<std::pair<int, int>>(0, 0);  // where, how many
+  QObject::connect(testo->document(), &QTextDocument::contentsChange, testo,
+                   [aggiunta](int posizione, int, int aggiunti) { *aggiunta = {posizione, aggiunti}; });
+  QObject::connect(testo, &QPlainTextEdit::textChanged, testo, [testo, massimo, aggiunta] {
+    QTextDocument* doc = testo->document();
+    const int eccesso = doc->characterCount() - 1 - massimo;
+    if (eccesso <= 0) return;
+    const auto [posizione, aggiunti] = *aggiunta;
+    const int fine = posizione + aggiunti;
+    QTextCursor c(doc);
+    if (aggiunti >= eccesso && fine <= doc->characterCount() - 1) {
+      c.setPosition(fine - eccesso);
+      c.setPosition(fine, QTextCursor::KeepAnchor);
+    } else {
+      c.setPosition(massimo);
+      c.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+    }
+    c.removeSelectedText();
   });
 }
 

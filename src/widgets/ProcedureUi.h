@@ -27,6 +27,11 @@ void CaricaComboAnag(QComboBox* combo, int tAnag);
 void CaricaComboTipoPrj(QComboBox* combo);
 void CaricaComboTipoDisp(QComboBox* combo);
 
+// A text field bound to a column takes no more characters than massimo
+// (TestoMassimo): typing stops there, and a paste keeps its first part.
+// A single-line field or a multi-line one.
+void LimitaTesto(QWidget* campo, int massimo);
+
 // Places a form in the middle of the screen and gives it the component's icon.
 void CentraForm(QWidget* form);
 // The room of a form's borders: outer size less inner size.
