@@ -506,3 +506,31 @@ TEST(frmDisp, TextsStopAtTheSizeOfTheirColumn) {
   EXPECT_EQ(t.Scalar("SELECT Annot FROM ProjectsDisp WHERE CDisp=1").toString(), c.f.TBAnnot->toPlainText());
   EXPECT_TRUE(t.LogLines("frmDisp", "SalvaDisp").isEmpty());
 }
+
+// The quantity is a Double: typed as 2,5 it is saved as 2.5, whatever the
+// format "0" shows, also after the field was left and entered again.
+TEST(frmDisp, QuantityTypedWithDecimalsKeepsThem) {
+  TestDb t;
+  Base(t);
+  Card c(2, 0);
+  c.Tipo(1);
+  c.f.TBDDisp->setText("Mezza");
+  QLineEdit* testo = c.f.OCUpQta->findChild<QLineEdit*>();
+  ASSERT_TRUE(testo);
+  testo->selectAll();
+  QTest::keyClicks(testo, "2,5");
+  QTest::keyClick(testo, Qt::Key_Return);
+  EXPECT_DOUBLE_EQ(c.f.OCUpQta->Value(), 2.5);
+  // The text shows the format; reading it back keeps the value.
+  QTest::keyClick(testo, Qt::Key_Return);
+  c.f.OCUpQta->interpretText();
+  EXPECT_DOUBLE_EQ(c.f.OCUpQta->Value(), 2.5);
+  ASSERT_TRUE(c.f.Salva());
+  EXPECT_DOUBLE_EQ(t.Scalar("SELECT Qta FROM ProjectsDisp WHERE CDisp=1").toDouble(), 2.5);
+  // A price with three decimals keeps the third.
+  Card d(1, 1);
+  EXPECT_DOUBLE_EQ(d.f.OCUpQta->Value(), 2.5);
+  d.f.OCPzVend->SetValue(12.345);
+  EXPECT_DOUBLE_EQ(d.f.OCPzVend->Value(), 12.345);
+  EXPECT_EQ(d.f.OCPzVend->text(), "12,35");
+}

@@ -16,9 +16,9 @@ NumericSpin::NumericSpin(QWidget* parent, const QString& formato) : QDoubleSpinB
 
 void NumericSpin::SetFormato(const QString& formato) {
   formato_ = formato;
-  // As many decimals as the format shows; the digits of a code are no decimals.
-  const int punto = formato.indexOf(QLatin1Char('.'));
-  setDecimals(punto < 0 ? 0 : static_cast<int>(formato.size()) - punto - 1);
+  // The value is a Double whatever the format shows: the spinner keeps all
+  // the decimals a double can tell, and only the text follows the format.
+  setDecimals(kDecimali);
   setSingleStep(1);
   lineEdit()->setText(textFromValue(value()));
 }
@@ -32,6 +32,9 @@ void NumericSpin::SetLocked(bool locked) {
 QString NumericSpin::textFromValue(double value) const { return Format(value, formato_); }
 
 double NumericSpin::valueFromText(const QString& text) const {
+  // The text shown for the value stands for the value itself, which the
+  // format may have rounded on the way to the screen.
+  if (text == textFromValue(value())) return value();
   QString t = text.trimmed();
   // A code shown as "2025-00012" reads back as its digits.
   if (formato_.contains(QLatin1Char('-')) && !t.startsWith(QLatin1Char('-'))) t.remove(QLatin1Char('-'));

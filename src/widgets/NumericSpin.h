@@ -23,6 +23,7 @@ class NumericSpin : public QDoubleSpinBox {
   QValidator::State validate(QString& input, int& pos) const override;
 
  private:
+  static constexpr int kDecimali = 15;
   QString formato_;
 };
 
