@@ -223,6 +223,25 @@ TEST(OCPrestKT, FindWithAnApostropheIsLoggedAndShowsAll) {
   EXPECT_TRUE(lines.at(0).endsWith("(3001)")) << lines.at(0).toStdString();
 }
 
+// Brackets pasted by the hundred thousand into the search field: inside the
+// text they are text, and after an apostrophe they are a filter nested too
+// deep, refused as any invalid filter.
+TEST(OCPrestKT, FindWithAHundredThousandBracketsIsAnInvalidFilter) {
+  TestDb t;
+  Registro(t);
+  Started s(t);
+  auto* list = s.Find<ListView>("ListView1");
+  auto* find = s.Find<QLineEdit>("TBFind");
+  find->setText(QString(100000, '('));
+  EXPECT_EQ(find->text().size(), 32767);  // what the field takes
+  EXPECT_EQ(list->Count(), 0);            // no model's name holds them
+  find->setText("x' OR " + QString(32000, '(') + "DProject='");
+  EXPECT_EQ(list->Count(), 4);
+  const QStringList lines = t.LogLines("OCPrestKT", "CaricaList");
+  ASSERT_EQ(lines.size(), 1);
+  EXPECT_TRUE(lines.at(0).endsWith("(3001)")) << lines.at(0).left(300).toStdString();
+}
+
 TEST(OCPrestKT, PartyAndTypeFilter) {
   TestDb t;
   Registro(t);

@@ -10,6 +10,7 @@
 #include <QXmlStreamReader>
 
 #include "ModADO.h"
+#include "SqlAdapt.h"
 #include "TestSupport.h"
 
 using namespace prestkt;
@@ -63,6 +64,19 @@ TEST(SqlAdapt, FunctionsOfTheSystemRunInTheEngine) {
   EXPECT_EQ(t.Scalar("SELECT IIf(Stato=9,\"D\",\"F\") FROM Projects WHERE CProject=202500002").toString(), "D");
   // Texts compare without regard to case, as the host's database does.
   EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects WHERE DProject=\"STAMPO POMPA\"").toInt(), 1);
+}
+
+// The type of a computed column is read through calls inside calls up to a
+// bound; deeper, the type is left to the values.
+TEST(SqlAdapt, TypesOfCallsNestedDeeperThanTheBoundAreUnknown) {
+  const auto annidata = [](int livelli) {
+    QString e = "Qta";
+    for (int i = 0; i < livelli; ++i) e = "Max(" + e + ")";
+    return e + " AS M";
+  };
+  int size = 0;
+  EXPECT_EQ(DaoTypeOfExpression(annidata(3), &size), dbDouble);
+  EXPECT_EQ(DaoTypeOfExpression(annidata(100000), &size), 0);
 }
 
 TEST(ApriRecordset, TypesComeFromTheTablesAndTheExpressions) {

@@ -421,6 +421,27 @@ TEST(RecordsetFilter, NumbersAgainstNumericTexts) {
   EXPECT_EQ(Filtered(rs, "Cod = 10.0"), V({1}));
 }
 
+// Nesting up to 256 levels of brackets is a filter; deeper is an invalid one.
+TEST(RecordsetFilter, NestingDeeperThanTheBoundIsAnInvalidFilter) {
+  auto rs = People();
+  const auto annidato = [](int livelli) {
+    return QString(livelli, '(') + "ID = 3" + QString(livelli, ')');
+  };
+  EXPECT_EQ(Filtered(rs, annidato(256)), V({3}));
+  rs->SetFilter("ID = 1");
+  for (int livelli : {257, 100000}) {
+    try {
+      rs->SetFilter(annidato(livelli));
+      ADD_FAILURE() << livelli << " levels were taken";
+    } catch (const VbError& e) {
+      EXPECT_EQ(e.Number(), 3001);
+    }
+    EXPECT_EQ(rs->Filter(), "ID = 1");
+  }
+  // An open bracket without end, a hundred thousand times.
+  EXPECT_THROW(rs->SetFilter(QString(100000, '(')), VbError);
+}
+
 TEST(RecordsetFilter, InvalidFilterRaises3001AndKeepsThePreviousOne) {
   auto rs = People();
   rs->SetFilter("Citta = 'Roma'");

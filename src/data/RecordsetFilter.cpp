@@ -549,6 +549,7 @@ class Parser {
   [[noreturn]] void Fail(const QString& why) const {
     BadFilter(QStringLiteral("%1 at %2").arg(why).arg(Peek().pos + 1), text_);
   }
+  static constexpr int kMaxNesting = 256;
   const Token& Peek() const { return toks_[idx_]; }
   const Token& Next() { return toks_[idx_ < toks_.size() - 1 ? idx_++ : idx_]; }
 
@@ -578,8 +579,11 @@ class Parser {
 
   std::unique_ptr<FilterExpr> ParsePrimary() {
     if (Peek().type == Tok::LParen) {
+      // A bound on the nesting keeps a pasted heap of brackets off the stack.
+      if (++depth_ > kMaxNesting) Fail(QStringLiteral("nested too deep"));
       Next();
       auto e = ParseOr();
+      --depth_;
       if (Peek().type != Tok::RParen) Fail(QStringLiteral("')' expected"));
       Next();
       return e;
@@ -719,6 +723,7 @@ class Parser {
   const std::vector<FieldDef>& fields_;
   std::vector<Token> toks_;
   size_t idx_ = 0;
+  int depth_ = 0;
 };
 
 }  // namespace

@@ -261,8 +261,18 @@ QStringList SelectExpressions(const QString& sql) {
   return out;
 }
 
-int DaoTypeOfExpression(const QString& expression, int* size) {
+namespace {
+constexpr int kMaxNesting = 256;  // calls inside calls; deeper tells no type
+int TypeOfExpression(const QString& expression, int* size, int depth);
+}  // namespace
+
+int DaoTypeOfExpression(const QString& expression, int* size) { return TypeOfExpression(expression, size, 0); }
+
+namespace {
+
+int TypeOfExpression(const QString& expression, int* size, int depth) {
   *size = 0;
+  if (depth > kMaxNesting) return 0;
   QString e = expression.trimmed();
   static const QRegularExpression alias(QStringLiteral("\\s+AS\\s+\\S+$"),
                                         QRegularExpression::CaseInsensitiveOption);
@@ -292,16 +302,16 @@ int DaoTypeOfExpression(const QString& expression, int* size) {
       return dbLong;
     if (f == QLatin1String("max") || f == QLatin1String("min") || f == QLatin1String("first") ||
         f == QLatin1String("last"))
-      return DaoTypeOfExpression(arg, size);
+      return TypeOfExpression(arg, size, depth + 1);
     if (f == QLatin1String("sum")) {
-      const int inner = DaoTypeOfExpression(arg, size);
+      const int inner = TypeOfExpression(arg, size, depth + 1);
       return inner == dbLong || inner == dbInteger || inner == dbByte ? dbLong : dbDouble;
     }
     if (f == QLatin1String("avg")) return dbDouble;
     if (f == QLatin1String("iif")) {
       // The type of the true part.
       const QStringList parts = SelectExpressions(QStringLiteral("SELECT ") + arg);
-      return parts.size() == 3 ? DaoTypeOfExpression(parts.at(1), size) : 0;
+      return parts.size() == 3 ? TypeOfExpression(parts.at(1), size, depth + 1) : 0;
     }
     return 0;
   }
@@ -319,5 +329,7 @@ int DaoTypeOfExpression(const QString& expression, int* size) {
   if (arithmetic.match(e).hasMatch()) return dbDouble;
   return 0;
 }
+
+}  // namespace
 
 }  // namespace prestkt
