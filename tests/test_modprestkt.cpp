@@ -223,6 +223,29 @@ TEST(CaricaDatiModello, DispositionNotesLongerThanTheMemoFieldKeepEveryDispositi
   EXPECT_EQ(t.LogLines("Procedure", "DAO2ADO").size(), 1);
 }
 
+// A number stored far beyond the range of its integer column (1e54) is read
+// as it is, refused by the field of the copy like any value that doesn't fit,
+// and the disposition stays in the working set.
+TEST(CaricaDatiModello, StoredNumberBeyondTheIntegerRangeIsAFailedConversion) {
+  TestDb t;
+  Registro(t);
+  t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp, NStampa) VALUES (202500001, 1, 'A', 1e54), "
+         "(202500001, 2, 'B', 3), (202500001, 3, 'C', -9.3e18)");
+  RecordsetPtr rs;
+  ApriRecordset(rs, "SELECT CDisp, NStampa FROM ProjectsDisp ORDER BY CDisp", nullptr, dbOpenSnapshot);
+  ASSERT_TRUE(rs);
+  EXPECT_EQ(rs->Value("NStampa").toDouble(), 1e54);
+  EXPECT_THROW(CInt(rs->Value("NStampa")), VbError);
+  CaricaDatiModello(202500001);
+  ASSERT_TRUE(gRcsDisp);
+  EXPECT_EQ(gRcsDisp->RecordCount(), 3);
+  gRcsDisp->SetFilter("CDisp=1");
+  EXPECT_TRUE(IsNull(gRcsDisp->Value("NStampa")));
+  gRcsDisp->SetFilter("CDisp=2");
+  EXPECT_EQ(gRcsDisp->Value("NStampa").toInt(), 3);
+  EXPECT_EQ(t.LogLines("Procedure", "DAO2ADO").size(), 2);
+}
+
 TEST(CaricaAttivita, StoredZeroCostTakesTheOperatorsPresentCost) {
   TestDb t;
   Registro(t);

@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 
 #include <cstdlib>
+#include <limits>
 #include <ctime>
 #include <optional>
 
@@ -770,4 +771,47 @@ TEST_F(Profile, UnwritableFileGivesFalse) {
   EXPECT_FALSE(WritePrivateProfileString("", "A", "1", Path()));
   EXPECT_FALSE(WritePrivateProfileString("Uno", "", "1", Path()));
   EXPECT_FALSE(QFile::exists(Path()));
+}
+
+// ---------------------------------------------------------------------------
+// Extreme values: out of range is a failed conversion, never an overflow
+// ---------------------------------------------------------------------------
+
+TEST(ExtremeValues, ConversionsBeyondTheIntegerRangeRaiseOverflow) {
+  for (double v : {1e54, -1e54, 2147483647.5, 9.3e18, std::numeric_limits<double>::infinity(),
+                   std::numeric_limits<double>::quiet_NaN()}) {
+    EXPECT_RAISES(CLng(v), err::Overflow) << v;
+    EXPECT_RAISES(CInt(v), err::Overflow) << v;
+    EXPECT_RAISES(CByte(v), err::Overflow) << v;
+  }
+  EXPECT_EQ(CLng(2147483647.0), 2147483647);
+  EXPECT_EQ(CLng(-2147483648.0), -2147483647 - 1);
+}
+
+TEST(ExtremeValues, DateSerialsOutsideTheYearsOfThePlatformRaiseOverflow) {
+  for (double v : {1e54, -1e54, 2958466.0, -657435.0, std::numeric_limits<double>::quiet_NaN()})
+    EXPECT_RAISES(CDate(v), err::Overflow) << v;
+  EXPECT_EQ(CDate(2958465.0).date(), QDate(9999, 12, 31));  // the last day of the platform
+  EXPECT_EQ(CDate(-657434.0).date(), QDate(100, 1, 1));     // and the first
+}
+
+TEST(ExtremeValues, DateAddOfHugeCountsIsAnInvalidArgument) {
+  const QDateTime d = At(2025, 6, 30);
+  for (const char* i : {"s", "n", "h", "d", "ww", "m", "q", "yyyy"})
+    for (double n : {1e54, -1e54, 9.2e18, 4e6 * 86400})
+      EXPECT_RAISES(DateAdd(QString::fromLatin1(i), n, d), err::InvalidProcedureCall) << i << ' ' << n;
+  EXPECT_RAISES(DateAdd("d", 3000000, d), err::InvalidProcedureCall);  // past the year 9999
+  EXPECT_RAISES(DateAdd("x", 1, d), err::InvalidProcedureCall);
+  EXPECT_EQ(DateAdd("d", 2912627, d).date(), QDate(9999, 12, 31));
+  EXPECT_RAISES(DateAdd("d", 2912628, d), err::InvalidProcedureCall);
+  EXPECT_EQ(DateAdd("d", 1, d), At(2025, 7, 1));
+}
+
+TEST(ExtremeValues, FormatAndDateDiffOfExtremesGiveTexts) {
+  EXPECT_FALSE(F(1e54, "#,##0.00").isEmpty());
+  EXPECT_FALSE(F(-1e54, "0000-00000").isEmpty());
+  EXPECT_NO_THROW(F(1e54, "dd/mm/yyyy"));
+  EXPECT_EQ(DateDiff("n", At(100, 1, 1), At(9999, 12, 31)), 5206894560LL);
+  EXPECT_EQ(Round(1e308, 2), 1e308);
+  EXPECT_EQ(ArrotMultiplo(1e54, 5), 1e54);
 }

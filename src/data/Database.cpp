@@ -184,9 +184,18 @@ QVariant ValueOfDao(int daoType, sqlite3_stmt* st, int i) {
     case dbBoolean: return QVariant(sqlite3_column_int64(st, i) != 0);
     case dbByte:
     case dbInteger:
-    case dbLong:
-      if (t == SQLITE_INTEGER) return QVariant(static_cast<int>(sqlite3_column_int64(st, i)));
-      return QVariant(static_cast<int>(sqlite3_column_double(st, i)));
+    case dbLong: {
+      // A stored value beyond the 32-bit range comes as it is: the copy that
+      // gives it a field of its own refuses it there, as any value that doesn't fit.
+      if (t == SQLITE_INTEGER) {
+        const qint64 v = sqlite3_column_int64(st, i);
+        if (v >= INT_MIN && v <= INT_MAX) return QVariant(static_cast<int>(v));
+        return QVariant(static_cast<qlonglong>(v));
+      }
+      const double d = sqlite3_column_double(st, i);
+      if (d >= INT_MIN && d <= INT_MAX) return QVariant(static_cast<int>(d));
+      return QVariant(d);
+    }
     case dbCurrency:
     case dbSingle:
     case dbDouble:

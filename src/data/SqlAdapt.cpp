@@ -205,7 +205,7 @@ QString AdattaSql(const QString& sql, const Database& db) {
             const int m = NextSolid(t, j + 1);
             if (m > 0 && t[m].kind == Tok::Number) {
               const double days = t[m].text.toDouble() * (t[j].text == QLatin1String("-") ? -1 : 1);
-              d = d.addSecs(static_cast<qint64>(days * 86400));
+              d = DateAdd(QStringLiteral("s"), days * 86400, d);
               i = m;
               out += db.DateLiteral(d);
               break;

@@ -75,6 +75,8 @@ QDateTime ParseDate(const QString& text) {
 // The platform's date serial: days since 30 December 1899, the fraction the time.
 // The whole part is the day (toward zero), the fraction always the time of that day.
 QDateTime FromSerial(double serial) {
+  // The platform's dates run from the year 100 to the year 9999.
+  if (!std::isfinite(serial) || serial < -657434.0 || serial >= 2958466.0) Raise(err::Overflow);
   const QDate base(1899, 12, 30);
   const double days = std::trunc(serial);
   qint64 secs = std::llround(std::fabs(serial - days) * 86400.0);
@@ -109,7 +111,7 @@ double RoundHalfEven(double x) {
 qint64 RoundToInteger(const QVariant& v, qint64 lo, qint64 hi) {
   double d = CDbl(v);
   d = RoundHalfEven(d);
-  if (d < static_cast<double>(lo) || d > static_cast<double>(hi)) Raise(err::Overflow);
+  if (!(d >= static_cast<double>(lo) && d <= static_cast<double>(hi))) Raise(err::Overflow);
   return static_cast<qint64>(d);
 }
 
@@ -264,17 +266,32 @@ qint64 DateDiff(const QString& interval, const QVariant& from, const QVariant& t
 
 QDateTime DateAdd(const QString& interval, double number, const QDateTime& date) {
   const QString i = interval.toLower();
-  const qint64 n = static_cast<qint64>(Fix(number));
-  if (i == QLatin1String("s")) return AddWallSeconds(date, n);
-  if (i == QLatin1String("n")) return AddWallSeconds(date, n * 60);
-  if (i == QLatin1String("h")) return AddWallSeconds(date, n * 3600);
-  if (i == QLatin1String("d") || i == QLatin1String("y") || i == QLatin1String("w"))
-    return date.addDays(n);
-  if (i == QLatin1String("ww")) return date.addDays(n * 7);
-  if (i == QLatin1String("m")) return date.addMonths(static_cast<int>(n));
-  if (i == QLatin1String("q")) return date.addMonths(static_cast<int>(n * 3));
-  if (i == QLatin1String("yyyy")) return date.addYears(static_cast<int>(n));
-  Raise(err::InvalidProcedureCall);
+  // The days of one step; a count that would take the date out of the
+  // platform's ten thousand years is an invalid argument, as any other.
+  double passo = 0;
+  if (i == QLatin1String("s")) passo = 1.0 / 86400;
+  else if (i == QLatin1String("n")) passo = 1.0 / 1440;
+  else if (i == QLatin1String("h")) passo = 1.0 / 24;
+  else if (i == QLatin1String("d") || i == QLatin1String("y") || i == QLatin1String("w")) passo = 1;
+  else if (i == QLatin1String("ww")) passo = 7;
+  else if (i == QLatin1String("m")) passo = 31;
+  else if (i == QLatin1String("q")) passo = 92;
+  else if (i == QLatin1String("yyyy")) passo = 366;
+  const double conteggio = Fix(number);
+  if (passo == 0 || !std::isfinite(conteggio) || std::fabs(conteggio) * passo > 3700000.0)
+    Raise(err::InvalidProcedureCall);
+  const qint64 n = static_cast<qint64>(conteggio);
+  QDateTime r;
+  if (i == QLatin1String("s")) r = AddWallSeconds(date, n);
+  else if (i == QLatin1String("n")) r = AddWallSeconds(date, n * 60);
+  else if (i == QLatin1String("h")) r = AddWallSeconds(date, n * 3600);
+  else if (passo == 1) r = date.addDays(n);
+  else if (i == QLatin1String("ww")) r = date.addDays(n * 7);
+  else if (i == QLatin1String("m")) r = date.addMonths(static_cast<int>(n));
+  else if (i == QLatin1String("q")) r = date.addMonths(static_cast<int>(n * 3));
+  else r = date.addYears(static_cast<int>(n));
+  if (!r.isValid() || r.date().year() < 100 || r.date().year() > 9999) Raise(err::InvalidProcedureCall);
+  return r;
 }
 
 QDateTime Now() {
