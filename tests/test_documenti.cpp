@@ -16,6 +16,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <utility>
 
 #include "ModExcel.h"
@@ -475,9 +478,55 @@ TEST(Documenti, DroppedEmlIsStoredUnderItsDecodedSubject) {
   EXPECT_EQ(s.asked()[0].prompt, oggetto);
   EXPECT_EQ(s.asked()[0].buttons, vbOKOnly);
   EXPECT_EQ(Leggi(s.cartella + "/" + oggetto + ".eml"), messaggio);
-  EXPECT_EQ(Leggi(gPathTemp + "/temp.msg"), messaggio);  // the exchange file stays
+  // The exchange file goes once copied; its folder is the user's alone.
+  const QString scambio = gPathTemp + QString("/prestkt-posta-%1").arg(getuid());
+  EXPECT_FALSE(QFileInfo::exists(scambio + "/temp.msg"));
+  struct stat st;
+  ASSERT_EQ(lstat(QFile::encodeName(scambio).constData(), &st), 0);
+  EXPECT_TRUE(S_ISDIR(st.st_mode));
+  EXPECT_EQ(st.st_mode & 0777, 0700u);
   EXPECT_EQ(s.Selezionato(), oggetto + ".eml");
   EXPECT_TRUE(LogDocumenti(t).isEmpty()) << LogDocumenti(t).join('\n').toStdString();
+}
+
+// Another user of the machine can't make the message go where he wants: a
+// link in place of the exchange folder, or of the file in it, is not followed.
+TEST(Documenti, ExchangeFileFollowsNoPlantedLink) {
+  TestDb t;
+  Carta s(t);
+  s.card.CaricaListDoc();
+  const QString scambio = gPathTemp + QString("/prestkt-posta-%1").arg(getuid());
+  const QString altrui = t.Path() + "/altrui";
+  QDir().mkpath(altrui);
+  ASSERT_TRUE(QFile::link(altrui, scambio));
+  QMimeData data;
+  data.setText("Ordine urgente\ncorpo");
+  s.card.lvwDocs_OLEDragDrop(&data);
+  EXPECT_TRUE(QDir(altrui).isEmpty());
+  EXPECT_FALSE(QFileInfo::exists(s.cartella + "/Ordine urgente.eml"));
+  ASSERT_EQ(t.LogLines("frmModelli", "lvwDocs_OLEDragDrop").size(), 1);
+  EXPECT_TRUE(t.LogLines("frmModelli", "lvwDocs_OLEDragDrop")[0].contains("(70)"));
+
+  // The folder is the user's own now, but a link inside it is only removed.
+  ASSERT_TRUE(QFile::remove(scambio));
+  ASSERT_TRUE(QDir().mkdir(scambio));
+  const QString bersaglio = t.Path() + "/bersaglio.txt";
+  ASSERT_TRUE(Scrivi(bersaglio, "intatto"));
+  ASSERT_TRUE(QFile::link(bersaglio, scambio + "/temp.msg"));
+  s.card.lvwDocs_OLEDragDrop(&data);
+  EXPECT_EQ(Leggi(bersaglio), "intatto");
+  EXPECT_TRUE(Leggi(s.cartella + "/Ordine urgente.eml").endsWith("corpo"));
+  EXPECT_FALSE(QFileInfo::exists(scambio + "/temp.msg"));
+  EXPECT_FALSE(QFileInfo(scambio + "/temp.msg").isSymLink());
+
+  // A folder that belongs to somebody else is refused.
+  if (getuid() == 0) {
+    ASSERT_EQ(chown(QFile::encodeName(scambio).constData(), 65534, 65534), 0);
+    data.setText("Seconda\ncorpo");
+    s.card.lvwDocs_OLEDragDrop(&data);
+    EXPECT_FALSE(QFileInfo::exists(s.cartella + "/Seconda.eml"));
+    EXPECT_EQ(t.LogLines("frmModelli", "lvwDocs_OLEDragDrop").size(), 2);
+  }
 }
 
 TEST(Documenti, SubjectNeverLeavesTheModelsFolder) {

@@ -15,6 +15,11 @@
 #include <QStringDecoder>
 #include <QTimer>
 #include <QUrl>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 
 #include "Guard.h"
 #include "Messages.h"
@@ -313,11 +318,40 @@ QString NomeMessaggio(const QString& oggetto, const QString& estensione) {
   return base + estensione;
 }
 
-// The exchange file of a drop: written first, then copied into the model's
-// folder; it stays until the next drop.
-QString FileScambio() {
-  const QString cartella = gPathTemp.isEmpty() ? QDir::tempPath() : gPathTemp;
-  return cartella + QStringLiteral("/temp.msg");
+// The exchange file of a drop lives in a folder of the user's own, made with
+// owner-only rights under the temporary folder. A folder of that name that is
+// a link, or belongs to somebody else, is refused: nobody else can place a
+// link where the message is written.
+QString CartellaScambio() {
+  const QString base = gPathTemp.isEmpty() ? QDir::tempPath() : gPathTemp;
+  const QString cartella = base + QStringLiteral("/prestkt-posta-") + QString::number(::getuid());
+  const QByteArray c = QFile::encodeName(cartella);
+  if (::mkdir(c.constData(), 0700) != 0 && errno != EEXIST)
+    Raise(err::PathFileAccess, QStringLiteral("Path/File access error: ") + cartella);
+  struct stat st;
+  if (::lstat(c.constData(), &st) != 0 || !S_ISDIR(st.st_mode) || st.st_uid != ::getuid())
+    Raise(err::PermissionDenied, QStringLiteral("Permission denied: ") + cartella);
+  if ((st.st_mode & 077) != 0 && ::chmod(c.constData(), 0700) != 0)
+    Raise(err::PermissionDenied, QStringLiteral("Permission denied: ") + cartella);
+  return cartella;
+}
+
+// Writes the exchange file anew: an older one goes first, and the new one is
+// made, never opened through a link.
+void ScriviScambio(const QString& file, const QByteArray& dati) {
+  const QByteArray f = QFile::encodeName(file);
+  if (::unlink(f.constData()) != 0 && errno != ENOENT)
+    Raise(err::PermissionDenied, QStringLiteral("Permission denied: ") + file);
+  const int fd = ::open(f.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+  if (fd < 0) Raise(err::PathFileAccess, QStringLiteral("Path/File access error: ") + file);
+  qsizetype scritti = 0;
+  while (scritti < dati.size()) {
+    const ssize_t n = ::write(fd, dati.constData() + scritti, static_cast<size_t>(dati.size() - scritti));
+    if (n <= 0) break;
+    scritti += n;
+  }
+  ::close(fd);
+  if (scritti != dati.size()) Raise(err::PathFileAccess, QStringLiteral("Path/File access error: ") + file);
 }
 
 // Takes the drags over lvwDocs's viewport. The drop is handed on after the
@@ -622,12 +656,10 @@ void frmModelli::lvwDocs_OLEDragDrop(const QMimeData* data) {
   if (!m.valido) return;
   g([&] { MsgBox(m.oggetto, vbOKOnly); });
   const QString nome = NomeMessaggio(m.oggetto, m.estensione);
-  const QString scambio = FileScambio();
-  g([&] {
-    QFile f(scambio);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) || f.write(m.dati) != m.dati.size())
-      Raise(err::PathFileAccess, QStringLiteral("Path/File access error: ") + scambio);
-  });
+  QString scambio;
+  g([&] { scambio = CartellaScambio() + QStringLiteral("/temp.msg"); });
+  if (scambio.isEmpty()) return;
+  g([&] { ScriviScambio(scambio, m.dati); });
   if (PathModello.isEmpty()) g([&] { PathModello = GetPathModello(); });
   QString destinazione;
   g([&] { destinazione = NelModello(PathModello, nome); });
@@ -641,6 +673,7 @@ void frmModelli::lvwDocs_OLEDragDrop(const QMimeData* data) {
     if (!QFile::copy(scambio, destinazione))
       Raise(err::PathFileAccess, QStringLiteral("Path/File access error: ") + destinazione);
   });
+  g([&] { QFile::remove(scambio); });
   g([&] { CaricaListDoc(); });
   g([&] { SelezionaNome(lvwDocs, nome); });
 }
