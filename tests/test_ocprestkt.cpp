@@ -3,6 +3,7 @@
 
 #include <QComboBox>
 #include <QLineEdit>
+#include <QProcess>
 #include <QSignalSpy>
 
 #include "OCPrestKT.h"
@@ -256,4 +257,20 @@ TEST(OCPrestKT, PartyAndTypeFilter) {
   SetCBValue(s.Find<QComboBox>("CBTipoPrj"), 2, 0);
   ASSERT_EQ(list->Count(), 1);
   EXPECT_EQ(list->Key(0), "K202500003");
+}
+
+// A host that ends without destroying the component or closing anything ends
+// cleanly all the same, also when it keeps the database to the very end.
+TEST(OCPrestKT, HostThatForgetsToCloseEndsCleanly) {
+  QTemporaryDir dir;
+  for (const char* modo : {"", "tiene"}) {
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    p.setProcessEnvironment(env);
+    p.start(QStringLiteral(OSPITE_DISTRATTO), {dir.path() + "/vorn.db", QString::fromLatin1(modo)});
+    ASSERT_TRUE(p.waitForFinished(60000));
+    EXPECT_EQ(p.exitStatus(), QProcess::NormalExit) << modo << p.readAllStandardError().toStdString();
+    EXPECT_EQ(p.exitCode(), 0) << modo;
+  }
 }

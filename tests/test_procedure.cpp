@@ -239,6 +239,18 @@ TEST(ErrLog, FullDiskStillGetsTheEnginesMessage) {
   EXPECT_TRUE(out.contains(" - QueryExe: database or disk is full [")) << out.toStdString();
 }
 
+// A closed database refuses statements instead of reaching a connection that is gone.
+TEST(Database, ClosedRefusesStatements) {
+  TestDb t;
+  t.db->Close();
+  EXPECT_FALSE(t.db->IsOpen());
+  EXPECT_THROW(t.db->Execute(Sql("SELECT 1")), VbError);
+  EXPECT_FALSE(t.db->TableExists("Projects"));
+  EXPECT_TRUE(t.db->KeyOf("Estranea").isEmpty());
+  QueryExe("DELETE * FROM Projects");
+  EXPECT_EQ(t.LogLines("Procedure", "QueryExe").size(), 3);  // begin, statement, commit
+}
+
 TEST(TestoSql, EmptyTextIsNullAndFindsNothing) {
   TestDb t;
   Models(t);

@@ -1,5 +1,6 @@
 #include "OCPrestKT.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QEvent>
 #include <QHBoxLayout>
@@ -20,21 +21,29 @@ const QString kModulo = QStringLiteral("OCPrestKT");
 
 QString Codice9(const QVariant& v) { return Format(v, QStringLiteral("000000000")); }
 
+// A host may end without destroying the component: what the component holds
+// goes while the application still stands, not after it.
+void RilasciaAllaFine() {
+  gOcxEventCard.reset();
+  gOcxEventS.reset();
+  RilasciaRiferimenti();
+}
+
 }  // namespace
 
 OCPrestKT::OCPrestKT(QWidget* parent) : QWidget(parent) {
   setObjectName(QStringLiteral("OCPrestKT"));
+  static const bool registrata = [] {
+    qAddPostRoutine(RilasciaAllaFine);
+    return true;
+  }();
+  Q_UNUSED(registrata);
   BuildSurface();
 }
 
 OCPrestKT::~OCPrestKT() {
-  // The icon is the component's to release. The database stays open: the
-  // component drops only its own references to it and to what it read.
-  gIcona = QIcon();
-  gRcsProjects.reset();
-  for (RecordsetPtr* p : {&gRcsDisp, &gRcsDispDett, &gRcsProd, &gRcsAct, &gRcsLavExt, &gRcsForn}) p->reset();
   if (gOcxEventS == ocxEventS_) gOcxEventS.reset();
-  gDB.reset();
+  RilasciaRiferimenti();
 }
 
 void OCPrestKT::BuildSurface() {

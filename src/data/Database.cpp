@@ -1,12 +1,16 @@
 #include "Database.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QUuid>
 #include <sqlite3.h>
+#include <algorithm>
+#include <cstdlib>
 #include <ctime>
+#include <vector>
 
 #include "Schema.h"
 #include "SqlAdapt.h"
@@ -227,6 +231,23 @@ QVariant ValueOfDao(int daoType, sqlite3_stmt* st, int i) {
 
 // ---------------------------------------------------------------- Database
 
+namespace {
+
+// The databases alive. What is still open when the program ends is closed
+// while Qt's SQL driver and registry of connections stand: a host may keep a
+// database (or the component's reference to it) until the very end.
+std::vector<Database*>& Aperti() {
+  static std::vector<Database*> aperti;
+  return aperti;
+}
+
+void ChiudiAllaFine() {
+  const std::vector<Database*> aperti = Aperti();
+  for (Database* d : aperti) d->Close();
+}
+
+}  // namespace
+
 std::shared_ptr<Database> Database::OpenSQLite(const QString& file) {
   // Without TZ the C library looks at /etc/localtime again at every local
   // time conversion, and every date read is one: read the zone once instead.
@@ -235,6 +256,7 @@ std::shared_ptr<Database> Database::OpenSQLite(const QString& file) {
     tzset();
   }
   std::shared_ptr<Database> db(new Database());
+  Aperti().push_back(db.get());
   db->engine_ = Engine::SQLite;
   db->connectionName_ = QStringLiteral("prestkt-") + QUuid::createUuid().toString(QUuid::Id128);
   const QFileInfo fi(file);
@@ -242,6 +264,14 @@ std::shared_ptr<Database> Database::OpenSQLite(const QString& file) {
   db->pathDB_ = QDir::toNativeSeparators(fi.absolutePath());
   if (!db->pathDB_.endsWith(QDir::separator())) db->pathDB_ += QDir::separator();
   QSqlDatabase q = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), db->connectionName_);
+  // At the end of the application, while the driver is still loaded; without
+  // one, at the exit, registered after Qt's registry of connections exists and
+  // so run before it goes.
+  static const bool allaFine = [] {
+    qAddPostRoutine(ChiudiAllaFine);
+    return std::atexit(ChiudiAllaFine) == 0;
+  }();
+  Q_UNUSED(allaFine);
   q.setDatabaseName(db->name_);
   if (!q.open()) Raise(3044, QStringLiteral("Impossibile aprire il database '%1': %2").arg(file, q.lastError().text()));
   const QVariant h = q.driver()->handle();
@@ -254,14 +284,22 @@ std::shared_ptr<Database> Database::OpenSQLite(const QString& file) {
   return db;
 }
 
-Database::~Database() {
-  if (!connectionName_.isEmpty()) {
-    {
-      QSqlDatabase q = QSqlDatabase::database(connectionName_, false);
-      if (q.isOpen()) q.close();
-    }
-    QSqlDatabase::removeDatabase(connectionName_);
+void Database::Close() {
+  handle_ = nullptr;
+  if (connectionName_.isEmpty()) return;
+  {
+    QSqlDatabase q = QSqlDatabase::database(connectionName_, false);
+    if (q.isOpen()) q.close();
   }
+  QSqlDatabase::removeDatabase(connectionName_);
+  connectionName_.clear();
+  transDepth_ = 0;
+}
+
+Database::~Database() {
+  Close();
+  auto& aperti = Aperti();
+  aperti.erase(std::remove(aperti.begin(), aperti.end(), this), aperti.end());
 }
 
 QSqlDatabase Database::Connection() const { return QSqlDatabase::database(connectionName_, false); }
@@ -330,6 +368,7 @@ void Database::Failed(int rc, const QString& sql) {
 
 // Adapts, prepares and binds one statement of the system.
 void Database::Prepare(const Sql& sql, Statement& s, QString& text) {
+  if (!handle_) Raise(3420, QStringLiteral("Object invalid or no longer set."));
   ++statements_;
   text = Adapt(sql.Text());
   sqlite3* h = H(handle_);
@@ -443,7 +482,7 @@ void Database::BeginTrans() {
 
 // Some failures (a full disk, a lost lock) make the engine end the transaction
 // by itself: what it held is gone already, and there is nothing left to end.
-bool Database::EngineInTransaction() const { return sqlite3_get_autocommit(H(handle_)) == 0; }
+bool Database::EngineInTransaction() const { return handle_ && sqlite3_get_autocommit(H(handle_)) == 0; }
 
 void Database::CommitTrans() {
   if (transDepth_ == 0) Raise(3034, QStringLiteral("You tried to commit or rollback without first beginning a transaction."));
@@ -468,6 +507,7 @@ QStringList Database::TableNames() const {
   QStringList names;
   sqlite3* h = H(handle_);
   Statement s;
+  if (!h) return names;
   if (sqlite3_prepare_v2(h, "SELECT name FROM sqlite_master WHERE type IN ('table','view')", -1,
                          &s.st, nullptr) != SQLITE_OK)
     return names;
@@ -485,6 +525,7 @@ bool Database::TableExists(const QString& name) const {
 
 bool Database::IsTable(const QString& name) const {
   Statement s;
+  if (!handle_) return false;
   if (sqlite3_prepare_v2(H(handle_), "SELECT 1 FROM sqlite_master WHERE type='table' AND name=? COLLATE NOCASE", -1,
                          &s.st, nullptr) != SQLITE_OK)
     return false;
@@ -496,6 +537,7 @@ QStringList Database::KeyOf(const QString& table) const {
   if (const TableDef* t = FindTable(table)) return t->key;
   QStringList key;
   Statement s;
+  if (!handle_) return key;
   if (sqlite3_prepare_v2(H(handle_), "SELECT name FROM pragma_table_info(?) WHERE pk > 0 ORDER BY pk", -1, &s.st,
                          nullptr) != SQLITE_OK)
     return key;

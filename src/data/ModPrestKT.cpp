@@ -31,6 +31,13 @@ T FirstRow(const QString& procedura, const Sql& sql, int tipo, T fallback, F&& r
 
 }  // namespace
 
+void RilasciaRiferimenti() {
+  gIcona = QIcon();
+  for (RecordsetPtr* p : {&gRcsProjects, &gRcsDisp, &gRcsDispDett, &gRcsProd, &gRcsAct, &gRcsLavExt, &gRcsForn})
+    p->reset();
+  gDB.reset();
+}
+
 void CaricaModelli(const QDateTime& dtIni, const QDateTime& dtEnd, int stato) {
   if (IsDateZero(gDTEnd)) return;  // no query before the period is set
   if (!gDB) return;

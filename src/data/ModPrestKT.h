@@ -34,6 +34,10 @@ inline RecordsetPtr gRcsProjects;  // CaricaModelli, AggiornaModello
 inline RecordsetPtr gRcsDisp, gRcsDispDett, gRcsProd, gRcsAct, gRcsLavExt, gRcsForn;
 inline int gLeftForm = 0, gTopForm = 0;  // every public method that opens a screen (twips)
 
+// Drops the component's references to the database, to what it read and to
+// its icon. The database stays open: it is the host's.
+void RilasciaRiferimenti();
+
 // Loads gRcsProjects for gDtIni..gDTEnd and gStatus. Nothing happens while
 // gDTEnd is 0 or gDB is missing.
 void CaricaModelli(const QDateTime& dtIni, const QDateTime& dtEnd, int stato);
