@@ -573,6 +573,7 @@ TEST(frmExecSposta, QuestionNamesTheSelectedRowAndNoKeepsTheScreen) {
   EXPECT_EQ(t.messages->asked[0].prompt,
             "Vuoi spostare le prestazioni selezionate nella disposizione n° 2025-00001-002?");
   EXPECT_EQ(t.messages->asked[0].buttons, vbYesNo | vbQuestion | vbDefaultButton2);
+  EXPECT_EQ(t.messages->asked[0].title, "VORN");  // through the message box of the data layer
   EXPECT_TRUE(s.mosse.empty());
   EXPECT_TRUE(s.f.isVisible());
 }

@@ -34,11 +34,13 @@ void frmExecSposta::Form_Load() {
   Guard g(kForm, QStringLiteral("Form_Load"));
   g([&] {
     ListViewReport(ListView1, false);
-    ListViewSetColumns(ListView1,
-                       {QString(), QStringLiteral("Codice"), QStringLiteral("Modello"), QStringLiteral("Tipo Mod."),
-                        QStringLiteral("Disposizione"), QStringLiteral("Descrizione")},
-                       {270, 1500, 2500, 1400, 1500, 2500},
-                       {lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnLeft});
+    ListViewSetColumns(
+        ListView1,
+        {QString(), QStringLiteral("Codice"), QStringLiteral("Modello"),
+         QStringLiteral("Tipo Mod."), QStringLiteral("Disposizione"),
+         QStringLiteral("Descrizione")},
+        {270, 1500, 2500, 1400, 1500, 2500},
+        {lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnLeft});
   });
   // Wide enough to show every column.
   g([&] { ListView1->setMinimumWidth(ListView1->Pixels(9670 + 400)); });
@@ -58,14 +60,19 @@ void frmExecSposta::CaricaList() {
     ApriRecordset(
         rs,
         QStringLiteral(
-            "SELECT Projects.CProject, ProjectsDisp.CDisp, Projects.DProject, ProjectsTipo.DPrjTipo, ProjectsDisp.DDisp, "
-            "ProjectsDispTipo.DPrjDispTipo FROM ((Projects INNER JOIN ProjectsDisp ON Projects.CProject = "
+            "SELECT Projects.CProject, ProjectsDisp.CDisp, Projects.DProject, "
+            "ProjectsTipo.DPrjTipo, ProjectsDisp.DDisp, "
+            "ProjectsDispTipo.DPrjDispTipo FROM ((Projects INNER JOIN ProjectsDisp ON "
+            "Projects.CProject = "
             "ProjectsDisp.CProject) INNER JOIN ProjectsDispTipo ON ProjectsDisp.CPrjDispTipo = "
-            "ProjectsDispTipo.CPrjDispTipo) INNER JOIN ProjectsTipo ON Projects.CPrjTipo = ProjectsTipo.CPrjTipo WHERE "
+            "ProjectsDispTipo.CPrjDispTipo) INNER JOIN ProjectsTipo ON Projects.CPrjTipo = "
+            "ProjectsTipo.CPrjTipo WHERE "
             "Projects.TAnag=") +
-            QString::number(TAnag) + QStringLiteral(" AND Projects.CAnag=") + QString::number(CAnag) +
-            QStringLiteral(" AND Projects.Stato=0 AND ProjectsDisp.CStato=0 ORDER BY Projects.DProject, "
-                           "ProjectsDisp.DDisp; "),
+            QString::number(TAnag) + QStringLiteral(" AND Projects.CAnag=") +
+            QString::number(CAnag) +
+            QStringLiteral(
+                " AND Projects.Stato=0 AND ProjectsDisp.CStato=0 ORDER BY Projects.DProject, "
+                "ProjectsDisp.DDisp; "),
         nullptr, dbOpenSnapshot);
   });
   g([&] {
@@ -78,7 +85,8 @@ void frmExecSposta::CaricaList() {
                       {QString(),
                        Format(cProject, QStringLiteral("0000-00000")) + QLatin1Char('-') +
                            Format(cDisp, QStringLiteral("000")),
-                       NullToStr(rs->Value(QStringLiteral("DProject"))), NullToStr(rs->Value(QStringLiteral("DPrjTipo"))),
+                       NullToStr(rs->Value(QStringLiteral("DProject"))),
+                       NullToStr(rs->Value(QStringLiteral("DPrjTipo"))),
                        NullToStr(rs->Value(QStringLiteral("DPrjDispTipo"))),
                        NullToStr(rs->Value(QStringLiteral("DDisp")))},
                       QStringLiteral("K") + Format(cProject, QStringLiteral("000000000")) +
@@ -100,9 +108,10 @@ void frmExecSposta::EseguiComando(int n) {
   try {
     const int r = ListView1->SelectedIndex();
     if (r < 0) return;
-    if (MsgBox(QStringLiteral("Vuoi spostare le prestazioni selezionate nella disposizione n° ") +
-                   ListView1->Text(r, 1) + QStringLiteral("?"),
-               vbYesNo | vbQuestion | vbDefaultButton2) != vbYes)
+    if (MessageBoxVorn(
+            QStringLiteral("Vuoi spostare le prestazioni selezionate nella disposizione n° ") +
+                ListView1->Text(r, 1) + QStringLiteral("?"),
+            vbYesNo | vbQuestion | vbDefaultButton2) != vbYes)
       return;
     const QString chiave = ListView1->Key(r);
     CProject = chiave.mid(1, 9).toInt();
