@@ -11,6 +11,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QStyle>
@@ -542,4 +543,40 @@ TEST(clsFormCleaner, AFormThatRefusesToCloseKeepsItsLists) {
   EXPECT_TRUE(form.isVisible());
   EXPECT_EQ(il->Count(), 1);
   EXPECT_EQ(cleaner.Form(), &form);
+}
+
+// Toolbars stay out of the scaling, and after it no control is wider than 94%
+// or taller than 80% of the screen, whatever it asked before.
+TEST(Magnify, ToolbarsStayOutAndNoControlOutgrowsTheScreen) {
+  TestDb t;
+  const QRect r = QGuiApplication::primaryScreen()->availableGeometry();
+  const QSize tetto(static_cast<int>(r.width() * 0.94), static_cast<int>(r.height() * 0.8));
+  EXPECT_EQ(LimiteControllo(nullptr), tetto);
+  for (double fattore : {1.0, 1.5, 3.0}) {
+    QWidget form;
+    auto* lay = new QVBoxLayout(&form);
+    auto* barra = new QToolBar(&form);
+    barra->setIconSize(QSize(24, 24));
+    QAction* esci = barra->addAction(QStringLiteral("Esci"));
+    QWidget* bottone = barra->widgetForAction(esci);
+    bottone->setMinimumSize(30, 30);
+    auto* grande = new QPlainTextEdit(&form);
+    grande->setMinimumSize(r.width() / 2, r.height() / 2);
+    auto* largo = new QLineEdit(&form);
+    largo->setMinimumWidth(r.width() * 2);
+    lay->addWidget(barra);
+    lay->addWidget(grande);
+    lay->addWidget(largo);
+    form.show();
+    Magnify(&form, fattore);
+    EXPECT_EQ(bottone->minimumSize(), QSize(30, 30)) << fattore;
+    EXPECT_EQ(barra->iconSize(), QSize(24, 24)) << fattore;
+    QApplication::processEvents();
+    for (QWidget* w : {static_cast<QWidget*>(grande), static_cast<QWidget*>(largo)}) {
+      EXPECT_LE(w->width(), tetto.width()) << fattore;
+      EXPECT_LE(w->height(), tetto.height()) << fattore;
+      EXPECT_LE(w->minimumWidth(), tetto.width()) << fattore;
+      EXPECT_LE(w->minimumHeight(), tetto.height()) << fattore;
+    }
+  }
 }

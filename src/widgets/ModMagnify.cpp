@@ -182,7 +182,24 @@ void ScalaMinimo(QWidget* w, double factor) {
   w->setMinimumSize(nuovo);
 }
 
+// No control grows past 94% of the width and 80% of the height of the screen.
+void LimitaControllo(QWidget* w, const QSize& tetto) {
+  if (w->minimumWidth() > tetto.width() || w->minimumHeight() > tetto.height())
+    w->setMinimumSize(w->minimumSize().boundedTo(tetto));
+  if (w->maximumWidth() > tetto.width() || w->maximumHeight() > tetto.height())
+    w->setMaximumSize(w->maximumSize().boundedTo(tetto));
+  if (w->width() > tetto.width() || w->height() > tetto.height()) w->resize(w->size().boundedTo(tetto));
+}
+
 }  // namespace
+
+QSize LimiteControllo(const QWidget* form) {
+  QScreen* screen = form ? form->screen() : nullptr;
+  if (!screen) screen = QGuiApplication::primaryScreen();
+  if (!screen) return QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+  const QRect r = screen->availableGeometry();
+  return QSize(static_cast<int>(r.width() * 0.94), static_cast<int>(r.height() * 0.8));
+}
 
 QSize LimiteSchermo(const QWidget* form) {
   QScreen* screen = form ? form->screen() : nullptr;
@@ -231,11 +248,19 @@ void Magnify(QWidget* form, double factor) {
   Guard g(QString::fromLatin1(kModulo), QStringLiteral("Magnify"), Guard::Silent);
   g([&] { LastTree() = AlberoContenitori(form, g); });
 
+  // Toolbars stay out: their buttons keep the sizes the pictures gave them.
+  const QSize tetto = LimiteControllo(form);
+  for (QWidget* w : Controls(form)) {
+    if (InsideToolBar(w, form)) continue;
+    g([&] {
+      if (factor != 1.0) ScalaMinimo(w, factor);
+      LimitaControllo(w, tetto);
+    });
+  }
   if (factor == 1.0) {
     g([&] { FitForm(form); });
     return;
   }
-  for (QWidget* w : Controls(form)) g([&] { ScalaMinimo(w, factor); });
   g([&] {
     const QSize s = QSize(Scala(form->width(), factor), Scala(form->height(), factor)).boundedTo(LimiteSchermo(form));
     form->resize(s);

@@ -22,10 +22,15 @@ QSize LimiteSchermo(const QWidget* form);
 // its layout asks, within the screen.
 void ImpostaLayoutGrande(QWidget* form);
 
+// The largest a control may become: 94% of the width and 80% of the height
+// of the room its screen leaves.
+QSize LimiteControllo(const QWidget* form);
+
 // Scales a form. Factor 1 keeps every size and lets the form grow as far as
 // its layout asks (a toolbar that became taller); another factor scales the
-// form's size and each control's minimum size. The form stays within the
-// screen. The tree of the form's containers is recorded on the way.
+// form's size and each control's minimum size. Toolbars stay out of the
+// scaling. The form stays within the screen, and no control grows past
+// LimiteControllo. The tree of the form's containers is recorded on the way.
 void Magnify(QWidget* form, double factor);
 
 // The containers of the form of the last Magnify, one row each: Level (the
