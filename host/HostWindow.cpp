@@ -1,14 +1,19 @@
 #include "HostWindow.h"
 
+#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QDate>
 #include <QDir>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QLocale>
 #include <QMenuBar>
+#include <QPlainTextEdit>
 #include <QStatusBar>
 #include <QStyle>
+#include <QTextEdit>
 
 #include "DemoData.h"
 #include "HostRegistri.h"
@@ -24,6 +29,32 @@ const QLocale& Italiano() {
   static const QLocale l(QLocale::Italian, QLocale::Italy);
   return l;
 }
+
+// The register's commands have shortcuts that a text field knows for itself
+// (Ctrl+Canc deletes a word): while a text field has the focus, such a key
+// is the field's, and the command doesn't run.
+class TastiDeiTesti : public QObject {
+ public:
+  TastiDeiTesti(QList<QAction*> comandi, QObject* parent) : QObject(parent), comandi_(std::move(comandi)) {}
+
+  bool eventFilter(QObject* o, QEvent* e) override {
+    if (e->type() != QEvent::ShortcutOverride || !CampoDiTesto(o)) return false;
+    const QKeySequence tasto(static_cast<QKeyEvent*>(e)->keyCombination());
+    for (const QAction* a : comandi_)
+      if (a->shortcut() == tasto) {
+        e->accept();
+        return true;
+      }
+    return false;
+  }
+
+ private:
+  static bool CampoDiTesto(const QObject* o) {
+    return qobject_cast<const QLineEdit*>(o) || qobject_cast<const QPlainTextEdit*>(o) ||
+           qobject_cast<const QTextEdit*>(o) || qobject_cast<const QAbstractSpinBox*>(o);
+  }
+  QList<QAction*> comandi_;
+};
 
 QString Giorno(const QDateTime& d) {
   return d.isValid() ? Italiano().toString(d.date(), QStringLiteral("dd/MM/yyyy")) : QStringLiteral("(nessuna)");
@@ -202,6 +233,7 @@ void HostWindow::BuildMenus() {
   actElimina_->setStatusTip(QStringLiteral("Elimina il modello selezionato con le sue disposizioni e attività"));
   // In only-input mode the component deletes nothing; the entry says so by being off.
   actElimina_->setEnabled(!o_.onlyInput);
+  qApp->installEventFilter(new TastiDeiTesti({nuovo, apri, actElimina_}, this));
 
   QMenu* archivi = menuBar()->addMenu(QStringLiteral("&Archivi"));
   archivi->setObjectName(QStringLiteral("mnuArchivi"));

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateEdit>
@@ -15,6 +16,7 @@
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTest>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include "DemoData.h"
@@ -419,6 +421,73 @@ TEST(Host, DeleteModelFromTheMenu) {
   EXPECT_TRUE(h.messages->asked[0].prompt.startsWith("Sei sicuro di voler eliminare il modello"));
   EXPECT_EQ(reg->Count(), prima - 1);
   EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM Projects WHERE CProject=") + Sql::Param(codice)).toInt(), 0);
+}
+
+// Ctrl+Canc in the search field deletes a word there, and no model; on the
+// register itself the same keys ask to delete the selected model.
+TEST(Host, RegisterShortcutsLeaveTextFieldsAlone) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  h.w->show();
+  h.w->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(h.w.get()));
+  ListView* reg = h.Register();
+  ASSERT_GT(reg->Count(), 0);
+  const int prima = reg->Count();
+  reg->SetSelected(0);
+  auto* cerca = h.Find<QLineEdit>(h.Ctl(), "TBFind");
+  cerca->setFocus();
+  QTest::keyClicks(cerca, "staffa ");
+  cerca->setCursorPosition(0);
+  QTest::keyClick(cerca, Qt::Key_Delete, Qt::ControlModifier);
+  EXPECT_EQ(cerca->text(), "");  // the word went, and with it the filter
+  // A card that opened all the same is closed again, and counted.
+  int schede = 0;
+  QTimer chiudi;
+  QObject::connect(&chiudi, &QTimer::timeout, [&] {
+    if (QWidget* m = QApplication::activeModalWidget()) {
+      ++schede;
+      m->close();
+    }
+  });
+  chiudi.start(50);
+  QTest::keyClick(cerca, Qt::Key_N, Qt::ControlModifier);
+  QTest::keyClick(cerca, Qt::Key_O, Qt::ControlModifier);
+  chiudi.stop();
+  EXPECT_EQ(schede, 0);
+  EXPECT_TRUE(h.messages->asked.empty()) << h.Prompts().join('|').toStdString();
+  EXPECT_EQ(reg->Count(), prima);
+
+  reg->setFocus();
+  reg->SetSelected(0);
+  QTest::keyClick(reg, Qt::Key_Delete, Qt::ControlModifier);  // the default answer is No
+  ASSERT_EQ(h.messages->asked.size(), 1u);
+  EXPECT_TRUE(h.messages->asked[0].prompt.startsWith("Sei sicuro di voler eliminare il modello"));
+  EXPECT_EQ(reg->Count(), prima);
+}
+
+// Enter on the selected model of the register opens its card, as a double click does.
+TEST(Host, EnterOnTheRegisterOpensTheSelectedModel) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  h.w->show();
+  ListView* reg = h.Register();
+  ASSERT_GT(reg->Count(), 1);
+  reg->setFocus();
+  reg->SetSelected(1);
+  const int codice = reg->Key(1).mid(1).toInt();
+  QString titolo;
+  int aperta = 0;
+  QTimer::singleShot(0, [&] {
+    if (QWidget* m = QApplication::activeModalWidget()) {
+      titolo = m->windowTitle();
+      aperta = gCProject;
+      m->close();
+    }
+  });
+  QTest::keyClick(reg, Qt::Key_Return);
+  EXPECT_EQ(titolo, "Scheda Modello");
+  EXPECT_EQ(aperta, codice);
 }
 
 TEST(Host, OnlyInputKeepsTheRegisterReadOnly) {

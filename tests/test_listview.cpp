@@ -3,6 +3,7 @@
 
 #include <QLabel>
 #include <QStatusBar>
+#include <QTest>
 
 #include "ModListViewKT.h"
 #include "TestSupport.h"
@@ -150,4 +151,25 @@ TEST(ListViewHelpers, SortByTextOfAColumn) {
   l.SetSorted(true);
   EXPECT_EQ(l.Key(0), "K3");
   EXPECT_EQ(l.IndexOfKey("K1"), 2);
+}
+
+// Enter on a selected row opens it, as a double click does; with no row
+// selected it does nothing.
+TEST(ListViewHelpers, EnterOnASelectedRowIsADoubleClick) {
+  TestDb t;
+  ListView l;
+  Colonne(&l);
+  ListViewAddLine(&l, {"", "2025-00001"}, "K202500001");
+  ListViewAddLine(&l, {"", "2025-00002"}, "K202500002");
+  l.show();
+  int aperture = 0;
+  QObject::connect(&l, &ListView::DblClick, [&] { ++aperture; });
+  l.setFocus();
+  l.clearSelection();
+  QTest::keyClick(&l, Qt::Key_Return);
+  EXPECT_EQ(aperture, 0);
+  l.SetSelected(1);
+  QTest::keyClick(&l, Qt::Key_Return);
+  QTest::keyClick(&l, Qt::Key_Enter, Qt::KeypadModifier);
+  EXPECT_EQ(aperture, 2);
 }

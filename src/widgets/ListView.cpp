@@ -1,6 +1,7 @@
 #include "ListView.h"
 
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
@@ -396,6 +397,16 @@ void ListView::SetSorted(bool sorted) {
 void ListView::showEvent(QShowEvent* e) {
   if (pending_) Refresh();
   QTreeView::showEvent(e);
+}
+
+// Enter on a selected row opens it, as a double click does.
+void ListView::keyPressEvent(QKeyEvent* e) {
+  if ((e->key() == Qt::Key_Return || e->key() == Qt::Key_Enter) && SelectedIndex() >= 0) {
+    e->accept();
+    emit DblClick();
+    return;
+  }
+  QTreeView::keyPressEvent(e);
 }
 
 void ListView::mouseDoubleClickEvent(QMouseEvent* e) {

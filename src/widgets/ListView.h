@@ -128,6 +128,7 @@ class ListView : public QTreeView {
  protected:
   void showEvent(QShowEvent* e) override;
   void mouseDoubleClickEvent(QMouseEvent* e) override;
+  void keyPressEvent(QKeyEvent* e) override;
   void mouseReleaseEvent(QMouseEvent* e) override;
   void drawRow(QPainter* p, const QStyleOptionViewItem& o, const QModelIndex& index) const override;
 
