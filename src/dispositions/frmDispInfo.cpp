@@ -32,15 +32,6 @@ QDateEdit* CampoData(QWidget* parent, const char* nome) {
   return d;
 }
 
-// A list as the page of a tab: hiding the list leaves the tab's page in place.
-QWidget* Pagina(ListView* lista) {
-  auto* w = new QWidget;
-  auto* l = new QVBoxLayout(w);
-  l->setContentsMargins(0, 0, 0, 0);
-  l->addWidget(lista);
-  return w;
-}
-
 }  // namespace
 
 frmDispInfo::frmDispInfo(QWidget* parent) : Scheda(parent, QStringLiteral("frmDispInfo")) {

@@ -182,6 +182,15 @@ void ScalaMinimo(QWidget* w, double factor) {
   w->setMinimumSize(nuovo);
 }
 
+// The given parts of the width and the height of the room the form's screen leaves.
+QSize PartiDelloSchermo(const QWidget* form, double larghezza, double altezza) {
+  QScreen* screen = form ? form->screen() : nullptr;
+  if (!screen) screen = QGuiApplication::primaryScreen();
+  if (!screen) return QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+  const QRect r = screen->availableGeometry();
+  return QSize(static_cast<int>(r.width() * larghezza), static_cast<int>(r.height() * altezza));
+}
+
 // No control grows past 94% of the width and 80% of the height of the screen.
 void LimitaControllo(QWidget* w, const QSize& tetto) {
   if (w->minimumWidth() > tetto.width() || w->minimumHeight() > tetto.height())
@@ -193,21 +202,9 @@ void LimitaControllo(QWidget* w, const QSize& tetto) {
 
 }  // namespace
 
-QSize LimiteControllo(const QWidget* form) {
-  QScreen* screen = form ? form->screen() : nullptr;
-  if (!screen) screen = QGuiApplication::primaryScreen();
-  if (!screen) return QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
-  const QRect r = screen->availableGeometry();
-  return QSize(static_cast<int>(r.width() * 0.94), static_cast<int>(r.height() * 0.8));
-}
+QSize LimiteControllo(const QWidget* form) { return PartiDelloSchermo(form, 0.94, 0.8); }
 
-QSize LimiteSchermo(const QWidget* form) {
-  QScreen* screen = form ? form->screen() : nullptr;
-  if (!screen) screen = QGuiApplication::primaryScreen();
-  if (!screen) return QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
-  const QRect r = screen->availableGeometry();
-  return QSize(static_cast<int>(r.width() * 0.95), static_cast<int>(r.height() * 0.9));
-}
+QSize LimiteSchermo(const QWidget* form) { return PartiDelloSchermo(form, 0.95, 0.9); }
 
 void ImpostaLayoutGrande(QWidget* form) {
   if (!form || gMagnify <= 16) return;
