@@ -76,7 +76,7 @@ TEST(SqlAdapt, TypesOfCallsNestedDeeperThanTheBoundAreUnknown) {
   };
   int size = 0;
   EXPECT_EQ(DaoTypeOfExpression(annidata(3), &size), dbDouble);
-  EXPECT_EQ(DaoTypeOfExpression(annidata(100000), &size), 0);
+  EXPECT_EQ(DaoTypeOfExpression(annidata(1000), &size), 0);
 }
 
 TEST(ApriRecordset, TypesComeFromTheTablesAndTheExpressions) {

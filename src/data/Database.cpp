@@ -237,8 +237,9 @@ namespace {
 // while Qt's SQL driver and registry of connections stand: a host may keep a
 // database (or the component's reference to it) until the very end.
 std::vector<Database*>& Aperti() {
-  static std::vector<Database*> aperti;
-  return aperti;
+  // Never destroyed: a database kept in a global may go after every static of this file.
+  static auto* aperti = new std::vector<Database*>;
+  return *aperti;
 }
 
 void ChiudiAllaFine() {
