@@ -11,7 +11,10 @@
 #include "ModPrestKT.h"
 #include "Procedure.h"
 #include "ProcedureUi.h"
+#include "CalcDatiDisp.h"
+#include "frmCalcPzVend.h"
 #include "frmModelli.h"
+#include "frmSettings.h"
 
 namespace prestkt {
 
@@ -523,6 +526,26 @@ void OCPrestKT::ApriModello(int codice, int azione) {
   f.Azione = azione;
   f.Form_Load();
   f.exec();
+}
+
+void OCPrestKT::ShowSettings() {
+  PosizionaScheda();
+  frmSettings f(window());
+  f.Form_Load();
+  f.exec();
+}
+
+double OCPrestKT::CalcDatiDisp(int vCProject, int vCDisp) { return prestkt::CalcDatiDisp(vCProject, vCDisp); }
+
+void OCPrestKT::EditDisp(int vCProjectS, int vCDisp, double vQta, double vPzIni) {
+  PosizionaScheda();
+  frmCalcPzVend f(window());
+  f.Chiamante = frmCalcPzVend::kOCX;
+  f.CProject = vCProjectS;
+  f.CDisp = vCDisp;
+  f.Qta = vQta;
+  f.PzIni = vPzIni;
+  f.Mostra();
 }
 
 void OCPrestKT::Aggiungi() {

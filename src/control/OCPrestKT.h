@@ -61,6 +61,12 @@ class OCPrestKT : public QWidget {
   void Aggiungi();
   void Modifica();
   void Elimina();
+  // Opens the price settings.
+  void ShowSettings();
+  // The proposed unit price of a disposition, with no screen.
+  double CalcDatiDisp(int vCProject, int vCDisp);
+  // Opens the price calculator for the host; a confirmed price comes back by GetDataForFattDiff.
+  void EditDisp(int vCProjectS, int vCDisp, double vQta, double vPzIni);
 
   // The host's answers, forwarded to the open card. With no card open the
   // call fails back to the host (VbError 91): these have no handler.

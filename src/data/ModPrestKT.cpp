@@ -139,6 +139,38 @@ bool AvvisaDispChiusa(int cProject, int cDisp) {
   return chiusa;
 }
 
+namespace {
+
+// The first field of a lookup's first row, or the fallback; a failing query fails to the caller.
+QString Ricerca(QHash<qlonglong, QString>& memo, const QString& testo, const QVariant& codice,
+                const QString& campo, const QString& mancante) {
+  const QString c = CStr(NullToZero(codice));
+  const qlonglong chiave = static_cast<qlonglong>(CDbl(c));
+  const auto trovato = memo.constFind(chiave);
+  if (trovato != memo.constEnd()) return *trovato;
+  RecordsetPtr rs;
+  ApriRecordset(rs, testo + c, nullptr, dbOpenSnapshot);
+  const QString nome = rs->Eof() ? mancante : NullToStr(rs->Value(campo));
+  memo.insert(chiave, nome);
+  return nome;
+}
+
+}  // namespace
+
+QString NomiAttivita::Operatore(const QVariant& cUtente) {
+  return Ricerca(operatori_,
+                 QStringLiteral("SELECT CAnag AS CDip, RagSoc1 AS Nome, Eliminato FROM Anagrafica WHERE TAnag=10 AND "
+                                "CAnag="),
+                 cUtente, QStringLiteral("Nome"), QStringLiteral("{sconosciuto}"));
+}
+
+QString NomiAttivita::Prestazione(const QVariant& cPrestazione) {
+  return Ricerca(prestazioni_,
+                 QStringLiteral("SELECT CTabGen AS CPrestazione, DTabGen AS DPrestazione FROM TabGen WHERE "
+                                "CTipTabGen=12 AND CTabGen="),
+                 cPrestazione, QStringLiteral("DPrestazione"), QStringLiteral("-"));
+}
+
 tyDatiDisp GetDatiDisp(int tAnag, int cAnag, int cPrjTipo, int cPrjDispTipo) {
   Guard g(kModulo, QStringLiteral("GetDatiDisp"), Guard::Silent);
   tyDatiDisp result;

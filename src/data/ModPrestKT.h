@@ -3,6 +3,7 @@
 // register and of the working recordsets of a model, and the lookups by key.
 // Each global has one writer, named beside it; everyone else only reads.
 #include <QDateTime>
+#include <QHash>
 #include <QIcon>
 #include <QString>
 
@@ -51,6 +52,20 @@ QString DescrTipoDisp(int cPrjDispTipo);
 QString DescrPrest(int cPrestazione);
 double CostoOraOperatore(int cAnag);
 bool AvvisaDispChiusa(int cProject, int cDisp);
+
+// The operator's name and the service kind's description as the lists of
+// activities show them: "{sconosciuto}" and "-" when there is no row. Each
+// code is read once for the life of the object, so a list of thousands of
+// activities reads each operator and service kind once.
+class NomiAttivita {
+ public:
+  QString Operatore(const QVariant& cUtente);
+  QString Prestazione(const QVariant& cPrestazione);
+
+ private:
+  QHash<qlonglong, QString> operatori_;
+  QHash<qlonglong, QString> prestazioni_;
+};
 
 // The tariff of a kind of work for a customer.
 struct tyDatiDisp {

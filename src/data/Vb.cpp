@@ -240,6 +240,13 @@ double Round(double x, int decimals) {
 double Int(double x) { return std::floor(x); }
 double Fix(double x) { return std::trunc(x); }
 
+double Dividi(double a, double b) {
+  if (b == 0) Raise(a == 0 ? err::Overflow : err::DivisionByZero);
+  const double r = a / b;
+  if (!std::isfinite(r)) Raise(err::Overflow);
+  return r;
+}
+
 qint64 DateDiff(const QString& interval, const QVariant& from, const QVariant& to) {
   const QDateTime a = CDate(from);
   const QDateTime b = CDate(to);

@@ -35,6 +35,9 @@ QString NullToStr(const QVariant& v);    // "" for Null
 double Round(double x, int decimals = 0);
 double Int(double x);  // floor
 double Fix(double x);  // toward zero
+// a / b as the runtime divides: by zero it fails, 0 / 0 with 6 (overflow),
+// anything else with 11 (division by zero); never an infinity or a NaN.
+double Dividi(double a, double b);
 
 // Format(value, pattern) with the patterns of the system: digit patterns
 // ("0000-00000", "000000000", "#00", "#,##0", "#,##0.00", "#,##0.0", "0"),

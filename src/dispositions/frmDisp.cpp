@@ -728,27 +728,13 @@ void frmDisp::CaricaListEsecInt() {
   });
   // "Tempo" of an activity still running can't be formed: it keeps the text of the row before.
   QString tempo;
+  NomiAttivita nomi;
   g([&] {
     for (; !rs->Eof(); rs->MoveNext()) {
       QString operatore = QStringLiteral("{sconosciuto}");
       QString prestazione = QStringLiteral("-");
-      RecordsetPtr op, pr;
-      g([&] {
-        ApriRecordset(op,
-                      QStringLiteral("SELECT CAnag AS CDip, RagSoc1 AS Nome, Eliminato FROM Anagrafica WHERE TAnag=10 "
-                                     "AND CAnag=") +
-                          CStr(NullToZero(rs->Value(QStringLiteral("CUtente")))),
-                      nullptr, dbOpenSnapshot);
-        if (!op->Eof()) operatore = NullToStr(op->Value(QStringLiteral("Nome")));
-      });
-      g([&] {
-        ApriRecordset(pr,
-                      QStringLiteral("SELECT CTabGen AS CPrestazione, DTabGen AS DPrestazione FROM TabGen WHERE "
-                                     "CTipTabGen=12 AND CTabGen=") +
-                          CStr(NullToZero(rs->Value(QStringLiteral("CPrestazione")))),
-                      nullptr, dbOpenSnapshot);
-        if (!pr->Eof()) prestazione = NullToStr(pr->Value(QStringLiteral("DPrestazione")));
-      });
+      g([&] { operatore = nomi.Operatore(rs->Value(QStringLiteral("CUtente"))); });
+      g([&] { prestazione = nomi.Prestazione(rs->Value(QStringLiteral("CPrestazione"))); });
       g([&] {
         tempo = CTempo(DateDiff(QStringLiteral("n"), rs->Value(QStringLiteral("DtIni")), rs->Value(QStringLiteral("DtEnd"))));
       });

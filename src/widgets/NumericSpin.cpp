@@ -38,9 +38,12 @@ double NumericSpin::valueFromText(const QString& text) const {
   QString t = text.trimmed();
   // A code shown as "2025-00012" reads back as its digits.
   if (formato_.contains(QLatin1Char('-')) && !t.startsWith(QLatin1Char('-'))) t.remove(QLatin1Char('-'));
-  if (t.isEmpty()) return 0;
+  // A percent format shows a fraction as its hundredths, and reads them back.
+  const bool percento = formato_.contains(QLatin1Char('%'));
+  if (percento) t.remove(QLatin1Char('%'));
+  if (t.trimmed().isEmpty()) return 0;
   try {
-    return CDbl(t);
+    return percento ? CDbl(t) / 100 : CDbl(t);
   } catch (const VbError&) {
     return value();
   }
@@ -50,7 +53,8 @@ QValidator::State NumericSpin::validate(QString& input, int&) const {
   const QString t = input.trimmed();
   if (t.isEmpty() || t == QLatin1String("-")) return QValidator::Intermediate;
   for (const QChar c : t)
-    if (!c.isDigit() && c != QLatin1Char(',') && c != QLatin1Char('.') && c != QLatin1Char('-'))
+    if (!c.isDigit() && c != QLatin1Char(',') && c != QLatin1Char('.') && c != QLatin1Char('-') &&
+        c != QLatin1Char('%'))
       return QValidator::Invalid;
   return QValidator::Acceptable;
 }
