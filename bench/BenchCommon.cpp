@@ -70,25 +70,31 @@ qint64 Nudo(sqlite3* h, const QString& sql) {
 }
 
 // Runs both sides kGiri times, alternating, and prints the medians.
-void Caso(const char* nome, const std::function<qint64()>& componente,
-          const std::function<qint64()>& nudo) {
+void Caso(const char* nome, const std::function<qint64()>& componente, const std::function<qint64()>& nudo,
+          const char* cosa) {
   std::vector<double> ms, bareMs;
-  qint64 righe = 0, righeNude = 0;
+  qint64 valore = 0, righeNude = 0;
   for (int i = 0; i < kGiri; ++i) {
     QElapsedTimer t;
     t.start();
-    righe = componente();
+    valore = componente();
     ms.push_back(t.nsecsElapsed() / 1e6);
     t.restart();
     righeNude = nudo();
     bareMs.push_back(t.nsecsElapsed() / 1e6);
   }
-  if (righe != righeNude)
+  const bool righe = qstrcmp(cosa, "rows") == 0;
+  if (righe && valore != righeNude)
     std::fprintf(stderr, "%s: the component read %lld rows, the bare query %lld\n", nome,
-                 static_cast<long long>(righe), static_cast<long long>(righeNude));
+                 static_cast<long long>(valore), static_cast<long long>(righeNude));
   const double m = Mediana(ms), b = Mediana(bareMs);
-  std::printf("{\"case\":\"%s\",\"rows\":%lld,\"ms\":%.1f,\"bare_ms\":%.1f,\"ratio\":%.2f}\n", nome,
-              static_cast<long long>(righe), m, b, b > 0 ? m / b : 0.0);
+  if (righe)
+    std::printf("{\"case\":\"%s\",\"rows\":%lld,\"ms\":%.1f,\"bare_ms\":%.1f,\"ratio\":%.2f}\n", nome,
+                static_cast<long long>(valore), m, b, b > 0 ? m / b : 0.0);
+  else
+    std::printf("{\"case\":\"%s\",\"%s\":%lld,\"bare_rows\":%lld,\"ms\":%.1f,\"bare_ms\":%.1f,\"ratio\":%.2f}\n",
+                nome, cosa, static_cast<long long>(valore), static_cast<long long>(righeNude), m, b,
+                b > 0 ? m / b : 0.0);
   std::fflush(stdout);
 }
 

@@ -20,6 +20,9 @@ sqlite3* Handle(Database& db);
 // Steps through the rows of a statement reading every column; returns the rows.
 qint64 Nudo(sqlite3* h, const QString& sql);
 // Runs both sides five times, alternating, and prints the medians as a JSON line.
-void Caso(const char* nome, const std::function<qint64()>& componente, const std::function<qint64()>& nudo);
+// The component's number is the rows it read, compared with the bare read's,
+// or with cosa another figure it gave, printed under that name.
+void Caso(const char* nome, const std::function<qint64()>& componente, const std::function<qint64()>& nudo,
+          const char* cosa = "rows");
 
 }  // namespace prestkt::bench

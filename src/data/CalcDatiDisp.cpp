@@ -44,10 +44,13 @@ double CalcDatiDisp(int cProject, int cDisp) {
     act->SetFilter(disp);
   });
   g([&] {
+    const int costo = act->FieldIndex(QStringLiteral("CostoH"));
+    const int dtIni = act->FieldIndex(QStringLiteral("DtIni"));
+    const int dtEnd = act->FieldIndex(QStringLiteral("DtEnd"));
     for (; !act->Eof(); act->MoveNext()) {
       double costoH = 0;
-      g([&] { costoH = CDbl(NullToZero(act->Value(QStringLiteral("CostoH")))); });
-      g([&] { m = MinutiTra(act->Value(QStringLiteral("DtIni")), act->Value(QStringLiteral("DtEnd"))); });
+      g([&] { costoH = CDbl(NullToZero(act->Value(costo))); });
+      g([&] { m = MinutiTra(act->Value(dtIni), act->Value(dtEnd)); });
       minutiTot += m;
       ci += Round(costoH / 60 * static_cast<double>(m), 2);
     }

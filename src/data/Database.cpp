@@ -286,6 +286,7 @@ std::shared_ptr<Database> Database::OpenSQLite(const QString& file) {
 }
 
 void Database::Close() {
+  preparate_.clear();  // finalized before the connection goes
   handle_ = nullptr;
   if (connectionName_.isEmpty()) return;
   {
@@ -362,6 +363,59 @@ struct Database::Statement {
   }
 };
 
+struct Database::Preparata {
+  sqlite3_stmt* st = nullptr;
+  QString testo;  // as the engine reads it
+  std::vector<int> daoTypes;
+  std::vector<FieldDef> fields;
+  ~Preparata() {
+    if (st) sqlite3_finalize(st);
+  }
+};
+
+namespace {
+
+constexpr int kMaxPreparate = 200;
+
+// Leaves a kept statement ready for its next use, however its run ended.
+struct Riavvolgi {
+  sqlite3_stmt* st;
+  ~Riavvolgi() {
+    sqlite3_reset(st);
+    sqlite3_clear_bindings(st);
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<Database::Preparata> Database::Preparazione(const Sql& sql) {
+  if (!handle_) Raise(3420, QStringLiteral("Object invalid or no longer set."));
+  if (auto it = preparate_.constFind(sql.Text()); it != preparate_.constEnd()) return *it;
+  auto p = std::make_shared<Preparata>();
+  p->testo = Adapt(sql.Text());
+  sqlite3* h = H(handle_);
+  const QByteArray utf8 = p->testo.toUtf8();
+  const int rc = sqlite3_prepare_v2(h, utf8.constData(), utf8.size(), &p->st, nullptr);
+  if (rc != SQLITE_OK) Failed(rc, p->testo);
+  const int n = sqlite3_column_count(p->st);
+  const QStringList exprs = SelectExpressions(p->testo);
+  p->daoTypes.resize(n);
+  for (int i = 0; i < n; ++i) {
+    const QString name = QString::fromUtf8(sqlite3_column_name(p->st, i));
+    const char* decl = sqlite3_column_decltype(p->st, i);
+    int size = 0;
+    int dao = decl ? DaoTypeOfDecl(QString::fromUtf8(decl), &size) : 0;
+    if (!decl && i < exprs.size()) dao = DaoTypeOfExpression(exprs.at(i), &size);
+    p->daoTypes[i] = dao;
+    p->fields.push_back(FieldOfDao(name, dao, size));
+  }
+  if (preparate_.size() >= kMaxPreparate) preparate_.clear();
+  preparate_.insert(sql.Text(), p);
+  return p;
+}
+
+void Database::DimenticaPreparate() { preparate_.clear(); }
+
 void Database::Failed(int rc, const QString& sql) {
   ++failures_;
   RaiseEngine(H(handle_), rc, sql);
@@ -380,30 +434,23 @@ void Database::Prepare(const Sql& sql, Statement& s, QString& text) {
 }
 
 Database::Result Database::Select(const Sql& sql) {
-  sqlite3* h = H(handle_);
-  Statement s;
-  QString text;
-  Prepare(sql, s, text);
+  ++statements_;
+  // Held while it runs, whatever happens to the cache meanwhile.
+  const std::shared_ptr<Preparata> tenuta = Preparazione(sql);
+  Preparata& p = *tenuta;
+  Riavvolgi riavvolgi{p.st};
+  Bind(p.st, sql.Params());
   int rc;
   Result r;
-  const int n = sqlite3_column_count(s.st);
-  const QStringList exprs = SelectExpressions(text);
-  std::vector<int> daoTypes(n);
-  for (int i = 0; i < n; ++i) {
-    const QString name = QString::fromUtf8(sqlite3_column_name(s.st, i));
-    const char* decl = sqlite3_column_decltype(s.st, i);
-    int size = 0;
-    int dao = decl ? DaoTypeOfDecl(QString::fromUtf8(decl), &size) : 0;
-    if (!decl && i < exprs.size()) dao = DaoTypeOfExpression(exprs.at(i), &size);
-    daoTypes[i] = dao;
-    r.fields.push_back(FieldOfDao(name, dao, size));
-  }
-  while ((rc = sqlite3_step(s.st)) == SQLITE_ROW) {
+  r.fields = p.fields;
+  const std::vector<int>& daoTypes = p.daoTypes;
+  const int n = static_cast<int>(daoTypes.size());
+  while ((rc = sqlite3_step(p.st)) == SQLITE_ROW) {
     Row row(n);
-    for (int i = 0; i < n; ++i) row[i] = ValueOfDao(daoTypes[i], s.st, i);
+    for (int i = 0; i < n; ++i) row[i] = ValueOfDao(daoTypes[i], p.st, i);
     r.rows.push_back(std::move(row));
   }
-  if (rc != SQLITE_DONE) Failed(rc, text);
+  if (rc != SQLITE_DONE) Failed(rc, p.testo);
   // Columns whose type neither the table nor the expression tells take it from the values.
   for (int i = 0; i < n; ++i) {
     if (daoTypes[i] != 0) continue;
@@ -429,6 +476,11 @@ int Database::Execute(const Sql& sql) {
   Statement s;
   QString text;
   Prepare(sql, s, text);
+  // A change of the tables' shape can change what a kept query tells of its fields.
+  if (text.startsWith(QLatin1String("CREATE"), Qt::CaseInsensitive) ||
+      text.startsWith(QLatin1String("DROP"), Qt::CaseInsensitive) ||
+      text.startsWith(QLatin1String("ALTER"), Qt::CaseInsensitive))
+    DimenticaPreparate();
   int rc;
   while ((rc = sqlite3_step(s.st)) == SQLITE_ROW) {
   }

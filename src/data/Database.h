@@ -3,6 +3,7 @@
 // knows its engine, the folder that stands for the database's own folder, and
 // the keys of the schema; every statement of the component goes through it, so
 // that this one place adapts the system's SQL text to the engine.
+#include <QHash>
 #include <QSqlDatabase>
 #include <QString>
 #include <QStringList>
@@ -120,6 +121,12 @@ class Database {
   void InstallFunctions();
   struct Statement;
   void Prepare(const Sql& sql, Statement& s, QString& text);
+  // A query already prepared, kept by its text: the lookups that run once a
+  // row with bound values reuse it. The fields' types that the statement
+  // itself tells are kept with it.
+  struct Preparata;
+  std::shared_ptr<Preparata> Preparazione(const Sql& sql);
+  void DimenticaPreparate();
   [[noreturn]] void Failed(int rc, const QString& sql);  // counts and raises the engine's message
   bool EngineInTransaction() const;
 
@@ -131,6 +138,7 @@ class Database {
   int transDepth_ = 0;
   int statements_ = 0;
   int failures_ = 0;
+  QHash<QString, std::shared_ptr<Preparata>> preparate_;
 };
 
 using DatabasePtr = Ref<Database>;

@@ -6,9 +6,12 @@
 // pattern with a date letter (d m y h n s w q, AM/PM) is a date pattern; any
 // other pattern gives the plain text of the value, as CStr does.
 #include <QDate>
+#include <QHash>
 #include <QRegularExpression>
 #include <QStringList>
 #include <QTime>
+#include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <optional>
 
@@ -56,10 +59,16 @@ Decimal FromDouble(double x) {
   d.negative = x < 0;
   const double a = std::fabs(x);
   if (a == 0) return d;
-  const QString s = QString::number(a, 'e', 14);  // "1.23450000000000e+03"
-  const qsizetype e = s.indexOf(u'e');
-  d.digits = s.left(e).remove(u'.');
-  d.point = s.mid(e + 1).toInt() + 1;
+  // "1.23450000000000e+03", correctly rounded.
+  char testo[48];
+  const auto fine = std::to_chars(testo, testo + sizeof testo, a, std::chars_format::scientific, 14).ptr;
+  const char* e = std::find(testo, fine, 'e');
+  d.digits.reserve(15);
+  for (const char* c = testo; c < e; ++c)
+    if (*c != '.') d.digits += QLatin1Char(*c);
+  int esponente = 0;
+  std::from_chars(e + 1 + (e[1] == '+' ? 1 : 0), fine, esponente);
+  d.point = esponente + 1;
   Normalize(d);
   return d;
 }
@@ -173,7 +182,20 @@ QStringList SplitSections(const QString& pattern) {
   return sections;
 }
 
-QList<NumItem> ParseNumber(const QString& section) {
+// The patterns are few and come back at every value: each is taken apart once
+// per thread, and the parts are shared (a QList copy only counts a reference).
+template <class T>
+T Memo(const QString& chiave, T (*scomponi)(const QString&)) {
+  thread_local QHash<QString, T> memo;
+  const auto it = memo.constFind(chiave);
+  if (it != memo.constEnd()) return *it;
+  if (memo.size() > 512) memo.clear();
+  T parti = scomponi(chiave);
+  memo.insert(chiave, parti);
+  return parti;
+}
+
+QList<NumItem> ScomponiNumero(const QString& section) {
   QList<NumItem> items;
   bool pointSeen = false;
   for (qsizetype i = 0; i < section.size(); ++i) {
@@ -202,6 +224,8 @@ QList<NumItem> ParseNumber(const QString& section) {
   }
   return items;
 }
+
+QList<NumItem> ParseNumber(const QString& section) { return Memo(section, &ScomponiNumero); }
 
 QString Grouped(const QString& digits) {
   QString out;
@@ -466,7 +490,7 @@ bool IsDateLetter(QChar c) {
   }
 }
 
-QList<DateItem> ParseDate(const QString& p) {
+QList<DateItem> ScomponiData(const QString& p) {
   QList<DateItem> items;
   auto literal = [&items](const QString& text) {
     if (!items.isEmpty() && items.back().kind == DateTok::Literal)
@@ -568,6 +592,8 @@ QList<DateItem> ParseDate(const QString& p) {
   }
   return items;
 }
+
+QList<DateItem> ParseDate(const QString& p) { return Memo(p, &ScomponiData); }
 
 QString Two(int n) {
   return QString::number(n).rightJustified(2, u'0');
@@ -671,7 +697,7 @@ QString FormatDate(const Moment& m, const QString& pattern) {
 
 enum class PatternKind { Number, Date, Other };
 
-PatternKind KindOf(const QString& p) {
+PatternKind TipoDiFormato(const QString& p) {
   bool dateLetter = false;
   for (qsizetype i = 0; i < p.size(); ++i) {
     const QChar c = p[i];
@@ -691,6 +717,8 @@ PatternKind KindOf(const QString& p) {
   return dateLetter ? PatternKind::Date : PatternKind::Other;
 }
 
+PatternKind KindOf(const QString& p) { return Memo(p, &TipoDiFormato); }
+
 // The named formats of the platform, in the users' conventions.
 QString Named(const QString& pattern, bool* generalNumber, bool* generalDate) {
   const QString name = pattern.trimmed().toLower();
@@ -708,12 +736,29 @@ QString Named(const QString& pattern, bool* generalNumber, bool* generalDate) {
   return pattern;
 }
 
+// What a pattern asks for, told once per pattern.
+struct Formato {
+  QString p;  // the pattern, a named format turned into its own
+  bool generalNumber = false;
+  bool generalDate = false;
+  PatternKind kind = PatternKind::Other;
+};
+
+Formato Analizza(const QString& pattern) {
+  Formato a;
+  a.p = Named(pattern, &a.generalNumber, &a.generalDate);
+  a.kind = KindOf(a.p);
+  return a;
+}
+
 }  // namespace
 
 QString Format(const QVariant& value, const QString& pattern) {
   if (IsNull(value)) return {};
-  bool generalNumber = false, generalDate = false;
-  const QString p = Named(pattern, &generalNumber, &generalDate);
+  const Formato schema = Memo(pattern, &Analizza);
+  const QString& p = schema.p;
+  const bool generalNumber = schema.generalNumber;
+  const bool generalDate = schema.generalDate;
 
   if (generalNumber) {
     if (IsText(value)) {
@@ -731,7 +776,7 @@ QString Format(const QVariant& value, const QString& pattern) {
     return CStr(value);
   }
 
-  switch (KindOf(p)) {
+  switch (schema.kind) {
     case PatternKind::Number:
       if (auto d = NumberOf(value)) return FormatNumber(*d, p);
       break;

@@ -144,12 +144,11 @@ namespace {
 // The first field of a lookup's first row, or the fallback; a failing query fails to the caller.
 QString Ricerca(QHash<qlonglong, QString>& memo, const QString& testo, const QVariant& codice,
                 const QString& campo, const QString& mancante) {
-  const QString c = CStr(NullToZero(codice));
-  const qlonglong chiave = static_cast<qlonglong>(CDbl(c));
+  const qlonglong chiave = static_cast<qlonglong>(CDbl(NullToZero(codice)));
   const auto trovato = memo.constFind(chiave);
   if (trovato != memo.constEnd()) return *trovato;
   RecordsetPtr rs;
-  ApriRecordset(rs, testo + c, nullptr, dbOpenSnapshot);
+  ApriRecordset(rs, Sql(testo) + Sql::Param(chiave), nullptr, dbOpenSnapshot);
   const QString nome = rs->Eof() ? mancante : NullToStr(rs->Value(campo));
   memo.insert(chiave, nome);
   return nome;
@@ -275,17 +274,24 @@ void CaricaAttivita(RecordsetPtr& rs, int cProject, int cDisp, int cAttivita, bo
     g([&] { CancellaFiltrati(rs, filtro); });
     g([&] { DAO2ADO(dao, rs, {}, true); });
   }
-  // Activities stored without a cost take the operator's present one, in memory only.
+  // Activities stored without a cost take the operator's present one, in memory
+  // only; each operator's cost is read once.
   g([&] { rs->SetFilter(QStringLiteral("CostoH=0")); });
   g([&] {
-    RecordsetPtr op;
+    QHash<qlonglong, double> costi;
     for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
-      ApriRecordset(op,
-                    QStringLiteral("SELECT TAnag, CAnag, CostoH FROM Anagrafica WHERE TAnag=10 AND CAnag=") +
-                        CStr(rs->Value(QStringLiteral("CUtente"))),
-                    nullptr, dbOpenSnapshot);
-      const double costo = op->Eof() ? 0.0 : CDbl(NullToZero(op->Value(QStringLiteral("CostoH"))));
-      rs->SetValue(QStringLiteral("CostoH"), costo);
+      const QVariant utente = rs->Value(QStringLiteral("CUtente"));
+      const qlonglong chiave = static_cast<qlonglong>(CDbl(utente));
+      auto trovato = costi.constFind(chiave);
+      if (trovato == costi.constEnd()) {
+        RecordsetPtr op;
+        ApriRecordset(op,
+                      Sql(QStringLiteral("SELECT TAnag, CAnag, CostoH FROM Anagrafica WHERE TAnag=10 AND CAnag=")) +
+                          Sql::Param(utente),
+                      nullptr, dbOpenSnapshot);
+        trovato = costi.insert(chiave, op->Eof() ? 0.0 : CDbl(NullToZero(op->Value(QStringLiteral("CostoH")))));
+      }
+      rs->SetValue(QStringLiteral("CostoH"), *trovato);
       rs->Update();
     }
   });
@@ -311,16 +317,16 @@ void CaricaLavEsterne(RecordsetPtr& rs, int cProject, int cDisp) {
   g([&] { ApriRecordset(links, sql, nullptr, dbOpenSnapshot); });
   bool righe = false;
   g([&] {
-    // The link's values are written into the text so that they come back as fields.
+    // The link's values go into the statement so that they come back as fields.
     for (links->MoveFirst(); !links->Eof(); links->MoveNext()) {
       RecordsetPtr riga;
       ApriRecordset(riga,
-                    QStringLiteral("SELECT ") + CStr(links->Value(QStringLiteral("CDisp"))) +
-                        QStringLiteral(" AS CDisp, ") + CStr(links->Value(QStringLiteral("RigaD"))) +
-                        QStringLiteral(" AS RigaD, ") + corpo + QStringLiteral("(([Doc:Forniture].NDoc)=") +
-                        CStr(links->Value(QStringLiteral("NDoc"))) +
-                        QStringLiteral(") AND (([Doc:FornitureDett].Riga)=") +
-                        CStr(links->Value(QStringLiteral("Riga"))) + QStringLiteral(")); "),
+                    Sql(QStringLiteral("SELECT ")) + Sql::Param(links->Value(QStringLiteral("CDisp"))) +
+                        Sql(QStringLiteral(" AS CDisp, ")) + Sql::Param(links->Value(QStringLiteral("RigaD"))) +
+                        Sql(QStringLiteral(" AS RigaD, ") + corpo + QStringLiteral("(([Doc:Forniture].NDoc)=")) +
+                        Sql::Param(links->Value(QStringLiteral("NDoc"))) +
+                        Sql(QStringLiteral(") AND (([Doc:FornitureDett].Riga)=")) +
+                        Sql::Param(links->Value(QStringLiteral("Riga"))) + Sql(QStringLiteral(")); ")),
                     nullptr, dbOpenSnapshot);
       DAO2ADO(riga, rs, {}, righe);
       righe = true;
@@ -342,11 +348,11 @@ void CaricaLavEsterne(RecordsetPtr& rs, int cProject, int cDisp) {
     RecordsetPtr cons;
     for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
       ApriRecordset(cons,
-                    QStringLiteral("SELECT TipoDoc, TipoDocRif, NDocRif, RigaRif, Qta, Importo FROM "
-                                   "[Doc:FornitureDett] WHERE TipoDoc=15 AND TipoDocRif=") +
-                        CStr(rs->Value(QStringLiteral("TipoDoc"))) + QStringLiteral(" AND NDocRif=") +
-                        CStr(rs->Value(QStringLiteral("NDoc"))) + QStringLiteral(" AND RigaRif=") +
-                        CStr(rs->Value(QStringLiteral("Riga"))) + QStringLiteral("; "),
+                    Sql(QStringLiteral("SELECT TipoDoc, TipoDocRif, NDocRif, RigaRif, Qta, Importo FROM "
+                                       "[Doc:FornitureDett] WHERE TipoDoc=15 AND TipoDocRif=")) +
+                        Sql::Param(rs->Value(QStringLiteral("TipoDoc"))) + Sql(QStringLiteral(" AND NDocRif=")) +
+                        Sql::Param(rs->Value(QStringLiteral("NDoc"))) + Sql(QStringLiteral(" AND RigaRif=")) +
+                        Sql::Param(rs->Value(QStringLiteral("Riga"))) + Sql(QStringLiteral("; ")),
                     nullptr, dbOpenSnapshot);
       double q = 0, v = 0;
       for (; !cons->Eof(); cons->MoveNext()) {
@@ -364,9 +370,9 @@ void CaricaLavEsterne(RecordsetPtr& rs, int cProject, int cDisp) {
 
 void CaricaForniture(RecordsetPtr& rs, const RecordsetPtr& rsLavExt) {
   Guard g(kModulo, QStringLiteral("CaricaForniture"), Guard::Silent);
-  auto testo = [](const QString& cDisp, const QString& condizione) {
-    return QStringLiteral("SELECT ") + cDisp +
-           QStringLiteral(
+  auto testo = [](const Sql& cDisp, const Sql& condizione) {
+    return Sql(QStringLiteral("SELECT ")) + cDisp +
+           Sql(QStringLiteral(
                " AS CDisp, [Doc:Forniture].TipoDoc, [Doc:Forniture].NDoc, [Doc:FornitureDett].Riga, "
                "[Doc:Forniture].DataDoc, [Doc:Forniture].Riferimento, Anagrafica.RagSoc1, "
                "[Doc:FornitureDett].TipoDocRif, [Doc:FornitureDett].NDocRif, [Doc:FornitureDett].RigaRif, "
@@ -375,8 +381,8 @@ void CaricaForniture(RecordsetPtr& rs, const RecordsetPtr& rsLavExt) {
                "[Doc:FornitureDett].TipoDoc) AND ([Doc:Forniture].NDoc = [Doc:FornitureDett].NDoc)) INNER JOIN "
                "Anagrafica ON ([Doc:Forniture].TAnag = Anagrafica.TAnag) AND ([Doc:Forniture].CAnag = "
                "Anagrafica.CAnag)) INNER JOIN [ABC:Causfatt] ON [Doc:FornitureDett].CCaus = [ABC:Causfatt].CTabGen "
-               "WHERE ((([Doc:Forniture].TipoDoc)=15) AND ") +
-           condizione + QStringLiteral("(([ABC:Causfatt].Bool8)=-1)); ");
+               "WHERE ((([Doc:Forniture].TipoDoc)=15) AND ")) +
+           condizione + Sql(QStringLiteral("(([ABC:Causfatt].Bool8)=-1)); "));
   };
   RecordsetPtr ordini;
   g([&] {
@@ -388,11 +394,11 @@ void CaricaForniture(RecordsetPtr& rs, const RecordsetPtr& rsLavExt) {
     for (; !ordini->Eof(); ordini->MoveNext()) {
       RecordsetPtr dao;
       ApriRecordset(dao,
-                    testo(CStr(ordini->Value(QStringLiteral("CDisp"))),
-                          QStringLiteral("(([Doc:FornitureDett].TipoDocRif)=12) AND (([Doc:FornitureDett].NDocRif)=") +
-                              CStr(ordini->Value(QStringLiteral("NDoc"))) +
-                              QStringLiteral(") AND (([Doc:FornitureDett].RigaRif)=") +
-                              CStr(ordini->Value(QStringLiteral("Riga"))) + QStringLiteral(") AND ")),
+                    testo(Sql::Param(ordini->Value(QStringLiteral("CDisp"))),
+                          Sql(QStringLiteral("(([Doc:FornitureDett].TipoDocRif)=12) AND (([Doc:FornitureDett].NDocRif)=")) +
+                              Sql::Param(ordini->Value(QStringLiteral("NDoc"))) +
+                              Sql(QStringLiteral(") AND (([Doc:FornitureDett].RigaRif)=")) +
+                              Sql::Param(ordini->Value(QStringLiteral("Riga"))) + Sql(QStringLiteral(") AND "))),
                     nullptr, dbOpenSnapshot);
       if (dao->RecordCount() > 0) {
         DAO2ADO(dao, rs, {}, righe);
@@ -404,9 +410,9 @@ void CaricaForniture(RecordsetPtr& rs, const RecordsetPtr& rsLavExt) {
     RecordsetPtr vuoto;
     g([&] {
       ApriRecordset(vuoto,
-                    testo(QStringLiteral("1"),
-                          QStringLiteral("(([Doc:FornitureDett].TipoDocRif)=0) AND (([Doc:FornitureDett].NDocRif)=-1000) "
-                                         "AND (([Doc:FornitureDett].RigaRif)=0) AND ")),
+                    testo(Sql(QStringLiteral("1")),
+                          Sql(QStringLiteral("(([Doc:FornitureDett].TipoDocRif)=0) AND (([Doc:FornitureDett].NDocRif)=-1000) "
+                                             "AND (([Doc:FornitureDett].RigaRif)=0) AND "))),
                     nullptr, dbOpenSnapshot);
     });
     g([&] { DAO2ADO(vuoto, rs); });

@@ -311,9 +311,10 @@ QDateTime Today() { return QDateTime(QDate::currentDate(), QTime(0, 0)); }
 
 QString CTempo(qint64 minuti) {
   if (minuti <= 0) return QStringLiteral("00:00");
+  // The hours as "#00" and the minutes as "00" write: two digits at least.
   const qint64 ore = minuti / 60;
-  return Format(QVariant(ore), QStringLiteral("#00")) + QLatin1Char(':') +
-         Format(QVariant(minuti - ore * 60), QStringLiteral("00"));
+  return QString::number(ore).rightJustified(2, QLatin1Char('0')) + QLatin1Char(':') +
+         QString::number(minuti - ore * 60).rightJustified(2, QLatin1Char('0'));
 }
 
 qint64 MinutiTra(const QVariant& da, const QVariant& a) { return DateDiff(QStringLiteral("n"), da, a); }

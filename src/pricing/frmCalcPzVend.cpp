@@ -353,12 +353,30 @@ void frmCalcPzVend::IniListEsecExt() {
   ListViewSetColumns(lvwEsecExtTot, titoli, larghezze, allineamenti);
 }
 
+// The row's texts, as ListViewAddLine would have written them at loading.
+QString frmCalcPzVend::TestoAttivita(int riga, int colonna) const {
+  const Attivita& a = attivita_[static_cast<size_t>(riga)];
+  switch (colonna) {
+    case 1: return Format(a.codice, QStringLiteral("0000-00000"));
+    case 2: return Format(a.dtIni, QStringLiteral("dd/mm/yyyy"));
+    case 3: return a.operatore;
+    case 4: return a.prestazione;
+    case 5: return CTempo(a.minuti);
+    case 6: return Format(a.costoH, kImporto);
+    case 7: return Format(Round(a.costoH * (static_cast<double>(a.minuti) / 60), 2), kImporto);
+    default: return {};
+  }
+}
+
+// The activities are many: each row keeps what it read, and its texts are
+// made when the list shows them or a total reads them.
 void frmCalcPzVend::CaricaListEsecInt() {
   Guard g(kForm, QStringLiteral("CaricaListEsecInt"));
   RecordsetPtr rs;
   g([&] {
     lvwEsecInt->setVisible(false);
     lvwEsecInt->ClearItems();
+    attivita_.clear();
     rs = gRcsAct->Clone();
     rs->SetFilter(QStringLiteral("CDisp=") + N(CDisp));
     rs->SetSort(QStringLiteral("DtIni, CAttivita"));
@@ -367,24 +385,35 @@ void frmCalcPzVend::CaricaListEsecInt() {
   qint64 minuti = 0;
   NomiAttivita nomi;
   g([&] {
+    const int cAttivita = rs->FieldIndex(QStringLiteral("CAttivita"));
+    const int cUtente = rs->FieldIndex(QStringLiteral("CUtente"));
+    const int cPrestazione = rs->FieldIndex(QStringLiteral("CPrestazione"));
+    const int dtIni = rs->FieldIndex(QStringLiteral("DtIni"));
+    const int dtEnd = rs->FieldIndex(QStringLiteral("DtEnd"));
+    const int costo = rs->FieldIndex(QStringLiteral("CostoH"));
+    attivita_.reserve(static_cast<size_t>(rs->RecordCount()));
     for (; !rs->Eof(); rs->MoveNext()) {
-      QString operatore = QStringLiteral("{sconosciuto}");
-      QString prestazione = QStringLiteral("-");
-      g([&] { operatore = nomi.Operatore(rs->Value(QStringLiteral("CUtente"))); });
-      g([&] { prestazione = nomi.Prestazione(rs->Value(QStringLiteral("CPrestazione"))); });
-      g([&] {
-        minuti = DateDiff(QStringLiteral("n"), rs->Value(QStringLiteral("DtIni")), rs->Value(QStringLiteral("DtEnd")));
-      });
-      double costoH = 0;
-      g([&] { costoH = CDbl(NullToZero(rs->Value(QStringLiteral("CostoH")))); });
-      const QVariant codice = rs->Value(QStringLiteral("CAttivita"));
-      ListViewAddLine(lvwEsecInt,
-                      {QString(), Format(codice, QStringLiteral("0000-00000")),
-                       Format(rs->Value(QStringLiteral("DtIni")), QStringLiteral("dd/mm/yyyy")), operatore, prestazione,
-                       CTempo(minuti), Format(costoH, kImporto),
-                       Format(Round(costoH * (static_cast<double>(minuti) / 60), 2), kImporto)},
-                      QStringLiteral("K") + Format(codice, QStringLiteral("000000000")), -1, {}, false, true);
+      Attivita a;
+      a.operatore = QStringLiteral("{sconosciuto}");
+      a.prestazione = QStringLiteral("-");
+      g([&] { a.operatore = nomi.Operatore(rs->Value(cUtente)); });
+      g([&] { a.prestazione = nomi.Prestazione(rs->Value(cPrestazione)); });
+      g([&] { minuti = DateDiff(QStringLiteral("n"), rs->Value(dtIni), rs->Value(dtEnd)); });
+      g([&] { a.costoH = CDbl(NullToZero(rs->Value(costo))); });
+      a.minuti = minuti;
+      a.codice = rs->Value(cAttivita);
+      a.dtIni = rs->Value(dtIni);
+      attivita_.push_back(std::move(a));
     }
+  });
+  g([&] {
+    ListViewAddLines(
+        lvwEsecInt, static_cast<int>(attivita_.size()),
+        [this](int riga, int colonna) { return TestoAttivita(riga, colonna); },
+        [this](int riga) {
+          return QStringLiteral("K") + Format(attivita_[static_cast<size_t>(riga)].codice, QStringLiteral("000000000"));
+        },
+        true);
   });
   g([&] { lvwEsecInt->setVisible(true); });
   g([&] { CalcTotInt(); });

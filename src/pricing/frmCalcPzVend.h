@@ -131,8 +131,20 @@ class frmCalcPzVend : public Scheda {
   void Prezzo(bool bloccato);  // the face of OCPzVend: locked red or open green
   void MarginiReali();         // OCPercReale and OCMargUnReal from OCPzVend and the unit cost
 
+  // What a row of lvwEsecInt shows, read once; its texts are made when asked.
+  struct Attivita {
+    QVariant codice;
+    QVariant dtIni;
+    QString operatore;
+    QString prestazione;
+    qint64 minuti = 0;
+    double costoH = 0;
+  };
+  QString TestoAttivita(int riga, int colonna) const;
+
   bool calcolando_ = false;
   bool esternaCaricata_ = false;
+  std::vector<Attivita> attivita_;
 };
 
 }  // namespace prestkt

@@ -210,11 +210,14 @@ int ListView::AddItem(const QString& key, const QString& text, int icon) {
   return row;
 }
 
-void ListView::SetLines(int count, LineText text, LineKey key) {
+void ListView::SetLines(int count, LineText text, LineKey key, bool checked) {
   model_->beginResetModel();
   model_->items_.clear();
   model_->items_.resize(static_cast<size_t>(std::max(0, count)));
-  for (int i = 0; i < count; ++i) model_->items_[i].line = i;
+  for (int i = 0; i < count; ++i) {
+    model_->items_[i].line = i;
+    model_->items_[i].checked = checked;
+  }
   lineText_ = std::move(text);
   lineKey_ = std::move(key);
   keys_.clear();

@@ -77,7 +77,7 @@ class ListView : public QTreeView {
   // hundred thousand lines costs only what is shown.
   using LineText = std::function<QString(int line, int column)>;
   using LineKey = std::function<QString(int line)>;
-  void SetLines(int count, LineText text, LineKey key);
+  void SetLines(int count, LineText text, LineKey key, bool checked = false);
   void SetSubItem(int row, int column, const QString& text);  // column 1.. for sub-items
   QString Text(int row, int column = 0) const;
   QString Key(int row) const;

@@ -70,7 +70,8 @@ void FindInList(ListView* lista, const QString& chiave) {
   });
 }
 
-void ListViewAddLines(ListView* lista, int count, const ListView::LineText& testo, const ListView::LineKey& chiave) {
+void ListViewAddLines(ListView* lista, int count, const ListView::LineText& testo, const ListView::LineKey& chiave,
+                      bool spuntate) {
   Guard g(kModulo, QStringLiteral("ListViewAddLines"));
   g([&] {
     lista->SetLines(
@@ -79,7 +80,7 @@ void ListViewAddLines(ListView* lista, int count, const ListView::LineText& test
           const QString t = testo(line, column);
           return column > 0 && t.isEmpty() ? QStringLiteral(" ") : t;
         },
-        chiave);
+        chiave, spuntate);
   });
 }
 

@@ -31,8 +31,9 @@ int ListViewAddLine(ListView* lista, const QStringList& valori, const QString& c
 
 // Fills a list with count lines whose texts are made when the list shows them:
 // the way for lists of many thousands of lines. Empty values show one blank,
-// as ListViewAddLine does.
-void ListViewAddLines(ListView* lista, int count, const ListView::LineText& testo, const ListView::LineKey& chiave);
+// as ListViewAddLine does. spuntate: every line starts ticked.
+void ListViewAddLines(ListView* lista, int count, const ListView::LineText& testo, const ListView::LineKey& chiave,
+                      bool spuntate = false);
 
 // The same with the icon of the first column, a line height (twips, 0 for the
 // list's own) and a check state.
