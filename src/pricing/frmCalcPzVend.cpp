@@ -37,6 +37,16 @@ NumericSpin* Cifra(QWidget* parent, const char* nome, const QString& formato) {
   return c;
 }
 
+// A figure that only shows: no arrows, and dark enough to read in its disabled frame.
+NumericSpin* SoloCifra(QWidget* parent, const char* nome, const QString& formato) {
+  NumericSpin* c = Cifra(parent, nome, formato);
+  c->setButtonSymbols(QAbstractSpinBox::NoButtons);
+  QPalette p = c->palette();
+  p.setColor(QPalette::Disabled, QPalette::Text, p.color(QPalette::Active, QPalette::Text));
+  c->setPalette(p);
+  return c;
+}
+
 // One field in a grid of label and field: the label in the second column of
 // the system's table, its longer form (behind the slash) as the tool tip.
 void Riga(QGridLayout* g, int riga, int colonna, const QString& etichetta, QWidget* campo,
@@ -107,19 +117,19 @@ void frmCalcPzVend::BuildUi() {
 
   OCFrame3 = Nome(new QGroupBox(this), "OCFrame3");
   OCFrame3->setAutoFillBackground(true);
-  OCTarMin = Cifra(OCFrame3, "OCTarMin", kImporto);
-  OCTarMax = Cifra(OCFrame3, "OCTarMax", kImporto);
+  OCTarMin = SoloCifra(OCFrame3, "OCTarMin", kImporto);
+  OCTarMax = SoloCifra(OCFrame3, "OCTarMax", kImporto);
   auto* g3 = new QGridLayout(OCFrame3);
   Riga(g3, 0, 0, QStringLiteral("Tariffa min"), OCTarMin, QStringLiteral("Tariffa minima"));
   Riga(g3, 1, 0, QStringLiteral("max"), OCTarMax, QStringLiteral("Tariffa massima"));
 
   OCFrame4 = Nome(new QGroupBox(this), "OCFrame4");
-  OCCostoTot = Cifra(OCFrame4, "OCCostoTot", kImporto);
-  OCMargPercTot = Cifra(OCFrame4, "OCMargPercTot", kPercento);
-  OCMargTot = Cifra(OCFrame4, "OCMargTot", kImporto);
-  OCValLavInt = Cifra(OCFrame4, "OCValLavInt", kImporto);
-  OCValLavExt = Cifra(OCFrame4, "OCValLavExt", kImporto);
-  OCValTot = Cifra(OCFrame4, "OCValTot", kImporto);
+  OCCostoTot = SoloCifra(OCFrame4, "OCCostoTot", kImporto);
+  OCMargPercTot = SoloCifra(OCFrame4, "OCMargPercTot", kPercento);
+  OCMargTot = SoloCifra(OCFrame4, "OCMargTot", kImporto);
+  OCValLavInt = SoloCifra(OCFrame4, "OCValLavInt", kImporto);
+  OCValLavExt = SoloCifra(OCFrame4, "OCValLavExt", kImporto);
+  OCValTot = SoloCifra(OCFrame4, "OCValTot", kImporto);
   auto* g4 = new QGridLayout(OCFrame4);
   Riga(g4, 0, 0, QStringLiteral("Valore lavor. interne"), OCValLavInt);
   Riga(g4, 1, 0, QStringLiteral("Valore lavor. esterne"), OCValLavExt);
@@ -130,15 +140,15 @@ void frmCalcPzVend::BuildUi() {
 
   OCFrame7 = Nome(new QGroupBox(this), "OCFrame7");
   OCFrame7->setAutoFillBackground(true);
-  OCQta = Cifra(OCFrame7, "OCQta", kImporto);
+  OCQta = SoloCifra(OCFrame7, "OCQta", kImporto);
   auto* g7 = new QGridLayout(OCFrame7);
   Riga(g7, 0, 0, QStringLiteral("Unità lavorate"), OCQta);
 
   OCFrame5 = Nome(new QGroupBox(this), "OCFrame5");
-  OCValUnit = Cifra(OCFrame5, "OCValUnit", kImporto);
-  OCCostoUnit = Cifra(OCFrame5, "OCCostoUnit", kImporto);
-  OCPercReale = Cifra(OCFrame5, "OCPercReale", kPercento);
-  OCMargUnReal = Cifra(OCFrame5, "OCMargUnReal", kImporto);
+  OCValUnit = SoloCifra(OCFrame5, "OCValUnit", kImporto);
+  OCCostoUnit = SoloCifra(OCFrame5, "OCCostoUnit", kImporto);
+  OCPercReale = SoloCifra(OCFrame5, "OCPercReale", kPercento);
+  OCMargUnReal = SoloCifra(OCFrame5, "OCMargUnReal", kImporto);
   auto* g5 = new QGridLayout(OCFrame5);
   Riga(g5, 0, 0, QStringLiteral("Valore per unità prodotta"), OCValUnit);
   Riga(g5, 1, 0, QStringLiteral("Costo per unità prodotta"), OCCostoUnit);
@@ -184,7 +194,7 @@ void frmCalcPzVend::BuildUi() {
     v->setContentsMargins(0, 0, 0, 0);
     v->setSpacing(2);
     v->addWidget(dettaglio, 1);
-    totale->setFixedHeight(totale->fontMetrics().height() * 3 + 8);
+    totale->setFixedHeight(totale->fontMetrics().height() + 12);
     totale->setHeaderHidden(true);
     v->addWidget(totale);
     return w;
