@@ -422,13 +422,17 @@ Riferimenti CreaRiferimenti(Database& db) {
       {kTipoManutenzione, {kDispOraria, kDispOraria, kDispInterna}},
       {kTipoForfait, {kDispForfait, kDispForfait, kDispForfait, kDispInterna}}};
 
-  // General tariffs for every pair in use but the internal work, which is not invoiced.
+  // General tariffs for every pair in use. The internal work is not invoiced:
+  // its hours count at the workshop's own rate, so that the calculator shows
+  // what the work is worth; it takes no draw, and the other tariffs stay as they are.
+  constexpr double kTarInterna = 30.0;
   for (const auto& [tipo, usati] : ref.dispPerTipo) {
     std::vector<int> visti;
     for (int d : usati) {
-      if (d == kDispInterna || std::find(visti.begin(), visti.end(), d) != visti.end()) continue;
+      if (std::find(visti.begin(), visti.end(), d) != visti.end()) continue;
       visti.push_back(d);
-      double min = 0, max = 0, tarH = caso.Int(60, 110) / 2.0;  // 30.00 .. 55.00
+      double min = 0, max = 0, tarH = kTarInterna;
+      if (d != kDispInterna) tarH = caso.Int(60, 110) / 2.0;  // 30.00 .. 55.00
       if (d == kDispForfait) min = 22, max = 30, tarH = 32;
       Inserisci(db, "ProjectsDispTar",
                 {{"CPrjTipo", tipo},

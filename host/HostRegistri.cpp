@@ -20,6 +20,7 @@
 #include <QVBoxLayout>
 
 #include "Messages.h"
+#include "NumericSpin.h"
 #include "Vb.h"
 #include "VbError.h"
 
@@ -36,6 +37,12 @@ constexpr int kTabGenPrestazioni = 12;
 
 constexpr int kCodice = Qt::UserRole;      // the row's code, on the first column
 constexpr int kOrdine = Qt::UserRole + 1;  // a column's numeric sort key
+// A tariff's key, on the first column.
+constexpr int kTipo = Qt::UserRole + 2;
+constexpr int kDisp = Qt::UserRole + 3;
+constexpr int kCliente = Qt::UserRole + 4;
+// The highest code an Integer column holds.
+constexpr int kCodiceMassimo = 32767;
 
 const QLocale& Italiano() {
   static const QLocale l(QLocale::Italian, QLocale::Italy);
@@ -236,16 +243,20 @@ void RegistroDialog::Mostra(bool scelta) {
   lista_->setFocus();
 }
 
-bool RegistroDialog::Seleziona(int codice) {
+bool RegistroDialog::Seleziona(const std::function<bool(const QTreeWidgetItem*)>& quale) {
   for (int i = 0; i < lista_->topLevelItemCount(); ++i) {
     QTreeWidgetItem* it = lista_->topLevelItem(i);
-    if (it->data(0, kCodice).toInt() == codice && !it->isHidden()) {
+    if (!it->isHidden() && quale(it)) {
       lista_->setCurrentItem(it);
       lista_->scrollToItem(it);
       return true;
     }
   }
   return false;
+}
+
+bool RegistroDialog::Seleziona(int codice) {
+  return Seleziona([codice](const QTreeWidgetItem* it) { return it->data(0, kCodice).toInt() == codice; });
 }
 
 int RegistroDialog::CodiceSelezionato() const {
@@ -673,7 +684,7 @@ TipologiaDialog::TipologiaDialog(Database& db, const QString& nome, const QStrin
   lista_->setColumnWidth(0, 70);
   lista_->setColumnWidth(1, 260);
   lista_->setColumnWidth(2, 80);
-  edCodice_ = Campo("edCodice", 0, this);
+  edCodice_ = Campo("edCodice", tabella_.codiceLibero ? 5 : 0, this);
   edCodice_->setReadOnly(true);
   edCodice_->setFocusPolicy(Qt::NoFocus);
   edCodice_->setMaximumWidth(90);
@@ -682,6 +693,10 @@ TipologiaDialog::TipologiaDialog(Database& db, const QString& nome, const QStrin
   edSigla_->setMaximumWidth(120);
   btnNuova_ = Pulsante(QStringLiteral("&Nuova"), "btnNuova", this);
   btnSalva_ = Pulsante(QStringLiteral("Sal&va"), "btnSalva", this);
+  if (tabella_.eliminabile) {
+    btnElimina_ = Pulsante(QStringLiteral("E&limina"), "btnElimina", this);
+    connect(btnElimina_, &QPushButton::clicked, this, [this] { Elimina(); });
+  }
   campi_ = new QFormLayout;
   campi_->addRow(QStringLiteral("Codice:"), edCodice_);
   campi_->addRow(QStringLiteral("&Descrizione:"), edDescrizione_);
@@ -695,18 +710,9 @@ TipologiaDialog::TipologiaDialog(Database& db, const QString& nome, const QStrin
   connect(btnSalva_, &QPushButton::clicked, this, [this] { Salva(); });
 }
 
-void TipologiaDialog::Componi(QLayout* extra, const QSize& misura) {
-  auto* gruppo = new QGroupBox(QStringLiteral("Tipologia"), this);
-  gruppo->setObjectName(QStringLiteral("grpTipologia"));
-  auto* dentro = new QHBoxLayout(gruppo);
-  dentro->addLayout(campi_, 3);
-  if (extra) {
-    dentro->addSpacing(12);
-    dentro->addLayout(extra, 2);
-  }
+void RegistroDialog::Impagina(QWidget* gruppo, const QList<QPushButton*>& pulsanti) {
   auto* sotto = new QHBoxLayout;
-  sotto->addWidget(btnNuova_);
-  sotto->addWidget(btnSalva_);
+  for (QPushButton* b : pulsanti) sotto->addWidget(b);
   sotto->addStretch(1);
   sotto->addWidget(btnScegli_);
   sotto->addWidget(btnChiudi_);
@@ -715,6 +721,20 @@ void TipologiaDialog::Componi(QLayout* extra, const QSize& misura) {
   l->addWidget(lista_, 1);
   l->addWidget(gruppo);
   l->addLayout(sotto);
+}
+
+void TipologiaDialog::Componi(QLayout* extra, const QSize& misura) {
+  auto* gruppo = new QGroupBox(this);
+  gruppo->setObjectName(QStringLiteral("grpTipologia"));
+  auto* dentro = new QHBoxLayout(gruppo);
+  dentro->addLayout(campi_, 3);
+  if (extra) {
+    dentro->addSpacing(12);
+    dentro->addLayout(extra, 2);
+  }
+  QList<QPushButton*> pulsanti{btnNuova_, btnSalva_};
+  if (btnElimina_) pulsanti << btnElimina_;
+  Impagina(gruppo, pulsanti);
   resize(misura);
 }
 
@@ -730,8 +750,11 @@ void TipologiaDialog::Ricarica() {
   lista_->setSortingEnabled(false);
   lista_->clear();
   try {
-    const auto r = db_.Select(Sql(QStringLiteral("SELECT %1, %2, Sigla, %3 FROM %4")
-                                      .arg(tabella_.codice, tabella_.descrizione, tabella_.altre, tabella_.nome)));
+    QString colonne = QStringLiteral("%1, %2, Sigla").arg(tabella_.codice, tabella_.descrizione);
+    if (!tabella_.altre.isEmpty()) colonne += QStringLiteral(", ") + tabella_.altre;
+    QString sql = QStringLiteral("SELECT %1 FROM %2").arg(colonne, tabella_.nome);
+    if (!tabella_.filtro.isEmpty()) sql += QStringLiteral(" WHERE ") + tabella_.filtro;
+    const auto r = db_.Select(Sql(sql));
     for (const Row& row : r.rows) {
       auto* it = new Riga(lista_);
       const int c = row[0].toInt();
@@ -744,20 +767,45 @@ void TipologiaDialog::Ricarica() {
       RigaExtra(it, row);
     }
   } catch (const VbError& e) {
-    ErroreDb(QStringLiteral("Impossibile leggere le tipologie."), e);
+    ErroreDb(QStringLiteral("Impossibile leggere le %1.").arg(tabella_.voci), e);
   }
   lista_->setSortingEnabled(true);
   if (prima == 0 || !Seleziona(prima)) Nuova();
+}
+
+QString TipologiaDialog::EFiltro() const {
+  return tabella_.filtro.isEmpty() ? QString() : QStringLiteral(" AND ") + tabella_.filtro;
+}
+
+int TipologiaDialog::ProssimoCodice() {
+  QString sql = QStringLiteral("SELECT Max(%1) FROM %2").arg(tabella_.codice, tabella_.nome);
+  if (!tabella_.filtro.isEmpty()) sql += QStringLiteral(" WHERE ") + tabella_.filtro;
+  return Prossimo(db_, Sql(sql));
 }
 
 void TipologiaDialog::MostraRiga() {
   const QTreeWidgetItem* it = lista_->currentItem();
   auto* gruppo = findChild<QGroupBox*>(QStringLiteral("grpTipologia"));
   codiceInModifica_ = it ? it->data(0, kCodice).toInt() : 0;
-  edCodice_->setText(it ? it->text(0) : QStringLiteral("(nuova)"));
+  // A new row of a register with free codes proposes the next one, which the user may change.
+  const bool codiceDaScrivere = !it && tabella_.codiceLibero;
+  edCodice_->setReadOnly(!codiceDaScrivere);
+  edCodice_->setFocusPolicy(codiceDaScrivere ? Qt::StrongFocus : Qt::NoFocus);
+  QString nuovo = QStringLiteral("(nuova)");
+  if (codiceDaScrivere) {
+    try {
+      nuovo = QString::number(ProssimoCodice());
+    } catch (const VbError&) {
+      nuovo.clear();  // the user types one
+    }
+  }
+  edCodice_->setText(it ? it->text(0) : nuovo);
   edDescrizione_->setText(it ? it->text(1) : QString());
   edSigla_->setText(it ? it->text(2) : QString());
-  gruppo->setTitle(it ? QStringLiteral("Tipologia %1").arg(codiceInModifica_) : QStringLiteral("Nuova tipologia"));
+  const QString voce = tabella_.voce.left(1).toUpper() + tabella_.voce.mid(1);
+  gruppo->setTitle(it ? QStringLiteral("%1 %2").arg(voce).arg(codiceInModifica_)
+                      : QStringLiteral("Nuova %1").arg(tabella_.voce));
+  if (btnElimina_) btnElimina_->setEnabled(it != nullptr);
   MostraExtra(it);
 }
 
@@ -777,14 +825,37 @@ bool TipologiaDialog::Salva() {
     return false;
   }
   const int codice = codiceInModifica_;
-  const QString altroCodice = QStringLiteral(" AND %1<>").arg(tabella_.codice);
+  // The code a new row takes when the register leaves it to the user.
+  int scritto = 0;
+  if (codice == 0 && tabella_.codiceLibero) {
+    bool numero = false;
+    scritto = edCodice_->text().trimmed().toInt(&numero);
+    if (!numero || scritto < 1 || scritto > kCodiceMassimo) {
+      Avvisa(QStringLiteral("Il codice deve essere un numero da 1 a %1!").arg(kCodiceMassimo));
+      edCodice_->setFocus();
+      return false;
+    }
+  }
+  const QString altroCodice = EFiltro() + QStringLiteral(" AND %1<>").arg(tabella_.codice);
   try {
+    if (scritto != 0) {
+      const auto stessoCodice =
+          db_.Select(Sql(QStringLiteral("SELECT %1 FROM %2 WHERE %3=").arg(tabella_.descrizione, tabella_.nome, tabella_.codice)) +
+                     Sql::Param(scritto) + Sql(EFiltro()));
+      if (!stessoCodice.rows.empty()) {
+        Avvisa(QStringLiteral("Il codice %1 è già usato dalla %2 «%3»!")
+                   .arg(scritto)
+                   .arg(tabella_.voce, Testo(stessoCodice.rows.front().front())));
+        edCodice_->setFocus();
+        return false;
+      }
+    }
     const auto stessoNome =
         db_.Select(Sql(QStringLiteral("SELECT %1 FROM %2 WHERE %3=").arg(tabella_.codice, tabella_.nome, tabella_.descrizione)) +
                    Sql::Param(descr) + Sql(altroCodice) + Sql::Param(codice));
     if (!stessoNome.rows.empty()) {
-      Avvisa(QStringLiteral("Esiste già la tipologia «%1» (codice %2)!")
-                 .arg(descr)
+      Avvisa(QStringLiteral("Esiste già la %1 «%2» (codice %3)!")
+                 .arg(tabella_.voce, descr)
                  .arg(stessoNome.rows.front().front().toInt()));
       edDescrizione_->setFocus();
       return false;
@@ -794,8 +865,8 @@ bool TipologiaDialog::Salva() {
           db_.Select(Sql(QStringLiteral("SELECT %1 FROM %2 WHERE Sigla=").arg(tabella_.descrizione, tabella_.nome)) +
                      Sql::Param(sigla) + Sql(altroCodice) + Sql::Param(codice));
       if (!stessaSigla.rows.empty()) {
-        Avvisa(QStringLiteral("La sigla «%1» è già usata dalla tipologia «%2»!")
-                   .arg(sigla, Testo(stessaSigla.rows.front().front())));
+        Avvisa(QStringLiteral("La sigla «%1» è già usata dalla %2 «%3»!")
+                   .arg(sigla, tabella_.voce, Testo(stessaSigla.rows.front().front())));
         edSigla_->setFocus();
         return false;
       }
@@ -804,17 +875,52 @@ bool TipologiaDialog::Salva() {
     const QVariant siglaV = sigla.isEmpty() ? QVariant() : QVariant(sigla);
     int salvato = codice;
     InTransazione(db_, [&] {
-      if (codice == 0)
-        salvato = Prossimo(db_, Sql(QStringLiteral("SELECT Max(%1) FROM %2").arg(tabella_.codice, tabella_.nome)));
+      if (codice == 0) salvato = scritto != 0 ? scritto : ProssimoCodice();
       Scrivi(salvato, codice == 0, descr, siglaV);
     });
     codiceInModifica_ = salvato;
     Ricarica();
     emit Salvata(salvato);
   } catch (const VbError& e) {
-    ErroreDb(QStringLiteral("Impossibile salvare la tipologia."), e);
+    ErroreDb(QStringLiteral("Impossibile salvare la %1.").arg(tabella_.voce), e);
     return false;
   }
+  return true;
+}
+
+QString TipologiaDialog::DomandaElimina(int codice, const QString& descr) {
+  Q_UNUSED(codice);
+  return QStringLiteral("Vuoi eliminare la %1 «%2»?").arg(tabella_.voce, descr);
+}
+
+void TipologiaDialog::Cancella(int codice) {
+  db_.Execute(Sql(QStringLiteral("DELETE FROM %1 WHERE %2=").arg(tabella_.nome, tabella_.codice)) +
+              Sql::Param(codice) + Sql(EFiltro()));
+}
+
+bool TipologiaDialog::Elimina() {
+  if (!tabella_.eliminabile) return false;
+  const int c = CodiceSelezionato();
+  if (c == 0) {
+    Avvisa(QStringLiteral("Seleziona una %1!").arg(tabella_.voce));
+    return false;
+  }
+  const QString descr = lista_->currentItem()->text(1);
+  try {
+    const QString motivo = Impedimento(c, descr);
+    if (!motivo.isEmpty()) {
+      Avvisa(motivo);
+      return false;
+    }
+    if (!Conferma(DomandaElimina(c, descr))) return false;
+    InTransazione(db_, [&] { Cancella(c); });
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile eliminare la %1.").arg(tabella_.voce), e);
+    return false;
+  }
+  codiceInModifica_ = 0;
+  Ricarica();
+  emit Eliminata(c);
   return true;
 }
 
@@ -822,7 +928,7 @@ void TipologiaDialog::Scegli() {
   if (!InScelta()) return;
   const int c = CodiceSelezionato();
   if (c == 0) {
-    Avvisa(QStringLiteral("Seleziona una tipologia!"));
+    Avvisa(QStringLiteral("Seleziona una %1!").arg(tabella_.voce));
     return;
   }
   const Scelta s = std::move(scelta_);
@@ -834,8 +940,10 @@ void TipologiaDialog::Scegli() {
 
 TipiModelloDialog::TipiModelloDialog(Database& db, QWidget* parent)
     : TipologiaDialog(db, QStringLiteral("dlgTipiModello"), QStringLiteral("Tipologie modelli"),
-                      {QStringLiteral("ProjectsTipo"), QStringLiteral("CPrjTipo"), QStringLiteral("DPrjTipo"),
-                       QStringLiteral("GestForfSempl")},
+                      {.nome = QStringLiteral("ProjectsTipo"),
+                       .codice = QStringLiteral("CPrjTipo"),
+                       .descrizione = QStringLiteral("DPrjTipo"),
+                       .altre = QStringLiteral("GestForfSempl")},
                       {QStringLiteral("Forfait semplificato")}, parent) {
   lista_->setObjectName(QStringLiteral("lvTipiModello"));
   chkForfSempl_ = new QCheckBox(QStringLiteral("Gestione a &forfait semplificata"), this);
@@ -883,8 +991,10 @@ void TipiModelloDialog::Scrivi(int codice, bool nuovo, const QString& descr, con
 
 TipiDisposizioneDialog::TipiDisposizioneDialog(Database& db, QWidget* parent)
     : TipologiaDialog(db, QStringLiteral("dlgTipiDisposizione"), QStringLiteral("Tipologie disposizioni"),
-                      {QStringLiteral("ProjectsDispTipo"), QStringLiteral("CPrjDispTipo"),
-                       QStringLiteral("DPrjDispTipo"), QStringLiteral("Forfait, TipoFatt")},
+                      {.nome = QStringLiteral("ProjectsDispTipo"),
+                       .codice = QStringLiteral("CPrjDispTipo"),
+                       .descrizione = QStringLiteral("DPrjDispTipo"),
+                       .altre = QStringLiteral("Forfait, TipoFatt")},
                       {QStringLiteral("Forfait"), QStringLiteral("Fatturazione")}, parent) {
   lista_->setObjectName(QStringLiteral("lvTipiDisposizione"));
   lista_->setColumnWidth(3, 70);
@@ -912,6 +1022,10 @@ TipiDisposizioneDialog::TipiDisposizioneDialog(Database& db, QWidget* parent)
 }
 
 void TipiDisposizioneDialog::CaricaPrestazioni() {
+  QSet<int> spuntate;
+  for (int k = 0; k < lwPrestazioni_->count(); ++k)
+    if (lwPrestazioni_->item(k)->checkState() == Qt::Checked)
+      spuntate.insert(lwPrestazioni_->item(k)->data(Qt::UserRole).toInt());
   lwPrestazioni_->clear();
   try {
     const auto r = db_.Select(Sql("SELECT CTabGen, DTabGen, Sigla FROM TabGen WHERE CTipTabGen=") +
@@ -922,7 +1036,7 @@ void TipiDisposizioneDialog::CaricaPrestazioni() {
                                      lwPrestazioni_);
       it->setData(Qt::UserRole, row[0].toInt());
       it->setFlags(Qt::ItemIsEnabled | Qt::ItemIsUserCheckable | Qt::ItemIsSelectable);
-      it->setCheckState(Qt::Unchecked);
+      it->setCheckState(spuntate.contains(row[0].toInt()) ? Qt::Checked : Qt::Unchecked);
     }
   } catch (const VbError& e) {
     ErroreDb(QStringLiteral("Impossibile leggere le prestazioni."), e);
@@ -977,6 +1091,384 @@ void TipiDisposizioneDialog::Scrivi(int codice, bool nuovo, const QString& descr
     db_.Execute(Sql("INSERT INTO ProjectsDisp2Prest (CPrjDispTipo, CPrestazione) VALUES (") + Sql::Param(codice) +
                 Sql(", ") + Sql::Param(p->data(Qt::UserRole).toInt()) + Sql(")"));
   }
+}
+
+// ------------------------------------------------------------------ service kinds
+
+PrestazioniDialog::PrestazioniDialog(Database& db, QWidget* parent)
+    : TipologiaDialog(db, QStringLiteral("dlgPrestazioni"), QStringLiteral("Prestazioni"),
+                      {.nome = QStringLiteral("TabGen"),
+                       .codice = QStringLiteral("CTabGen"),
+                       .descrizione = QStringLiteral("DTabGen"),
+                       .filtro = QStringLiteral("CTipTabGen=%1").arg(kTabGenPrestazioni),
+                       .voce = QStringLiteral("prestazione"),
+                       .voci = QStringLiteral("prestazioni"),
+                       .codiceLibero = true,
+                       .eliminabile = true},
+                      {}, parent) {
+  lista_->setObjectName(QStringLiteral("lvPrestazioni"));
+  Componi(nullptr, QSize(600, 460));
+  Ricarica();
+}
+
+void PrestazioniDialog::Scrivi(int codice, bool nuovo, const QString& descr, const QVariant& sigla) {
+  if (nuovo)
+    db_.Execute(Sql("INSERT INTO TabGen (CTipTabGen, CTabGen, DTabGen, Sigla) VALUES (") +
+                Sql::Param(kTabGenPrestazioni) + Sql(", ") + Sql::Param(codice) + Sql(", ") + Sql::Param(descr) +
+                Sql(", ") + Sql::Param(sigla) + Sql(")"));
+  else
+    db_.Execute(Sql("UPDATE TabGen SET DTabGen=") + Sql::Param(descr) + Sql(", Sigla=") + Sql::Param(sigla) +
+                Sql(" WHERE CTipTabGen=") + Sql::Param(kTabGenPrestazioni) + Sql(" AND CTabGen=") +
+                Sql::Param(codice));
+}
+
+// A kind that the work done names stays: the activities, the dispositions and
+// the document lines would lose the name of what was done.
+QString PrestazioniDialog::Impedimento(int codice, const QString& descr) {
+  auto conta = [&](const char* tabella) {
+    const auto r = db_.Select(Sql(QStringLiteral("SELECT Count(*) FROM %1 WHERE CPrestazione=").arg(QLatin1String(tabella))) +
+                              Sql::Param(codice));
+    return r.rows.empty() ? 0 : r.rows.front().front().toInt();
+  };
+  const int attivita = conta("ActivitiesProd");
+  const int disposizioni = conta("ProjectsDispDett");
+  int righe = 0;
+  try {
+    righe = conta("ProjectsDocDettPrest");
+  } catch (const VbError&) {
+    // the table of the document lines is made when the first document needs it
+  }
+  QStringList usi;
+  if (attivita > 0) usi << QStringLiteral("da %1 attività").arg(attivita);
+  if (disposizioni > 0)
+    usi << (disposizioni == 1 ? QStringLiteral("da 1 disposizione") : QStringLiteral("da %1 disposizioni").arg(disposizioni));
+  if (righe > 0)
+    usi << (righe == 1 ? QStringLiteral("da 1 riga di documento") : QStringLiteral("da %1 righe di documento").arg(righe));
+  if (usi.isEmpty()) return {};
+  const QString ultimo = usi.takeLast();
+  const QString dove = usi.isEmpty() ? ultimo : usi.join(QStringLiteral(", ")) + QStringLiteral(" e ") + ultimo;
+  return QStringLiteral("La prestazione «%1» è usata %2: non può essere eliminata!").arg(descr, dove);
+}
+
+QString PrestazioniDialog::DomandaElimina(int codice, const QString& descr) {
+  const auto r = db_.Select(Sql("SELECT Count(*) FROM ProjectsDisp2Prest WHERE CPrestazione=") + Sql::Param(codice));
+  const int tipi = r.rows.empty() ? 0 : r.rows.front().front().toInt();
+  QString domanda = TipologiaDialog::DomandaElimina(codice, descr);
+  if (tipi == 1) domanda += QStringLiteral("\n\nSarà tolta dalle prestazioni ammesse di 1 tipologia di disposizioni.");
+  else if (tipi > 1)
+    domanda += QStringLiteral("\n\nSarà tolta dalle prestazioni ammesse di %1 tipologie di disposizioni.").arg(tipi);
+  return domanda;
+}
+
+void PrestazioniDialog::Cancella(int codice) {
+  db_.Execute(Sql("DELETE FROM ProjectsDisp2Prest WHERE CPrestazione=") + Sql::Param(codice));
+  TipologiaDialog::Cancella(codice);
+}
+
+// ================================================================== tariffs
+
+TariffeDialog::TariffeDialog(Database& db, int tAnagClienti, QWidget* parent)
+    : RegistroDialog(db, tAnagClienti != 0 ? QStringLiteral("dlgTariffeClienti") : QStringLiteral("dlgTariffe"),
+                     tAnagClienti != 0 ? QStringLiteral("Tariffe per cliente") : QStringLiteral("Tariffe generali"),
+                     parent),
+      tAnag_(tAnagClienti) {
+  QStringList colonne = {QStringLiteral("Tipologia modello"), QStringLiteral("Tipologia disposizione"),
+                         QStringLiteral("Minima"), QStringLiteral("Massima"), QStringLiteral("Oraria")};
+  if (PerCliente()) colonne.prepend(QStringLiteral("Cliente"));
+  NuovaLista(colonne);
+  lista_->setObjectName(QStringLiteral("lvTariffe"));
+  lista_->sortByColumn(0, Qt::AscendingOrder);
+  const int primo = PerCliente() ? 1 : 0;
+  if (PerCliente()) lista_->setColumnWidth(0, 220);
+  lista_->setColumnWidth(primo, 160);
+  lista_->setColumnWidth(primo + 1, 180);
+  for (int k = primo + 2; k < primo + 5; ++k) lista_->setColumnWidth(k, 80);
+
+  auto scelta = [this](const char* nome) {
+    auto* c = new QComboBox(this);
+    c->setObjectName(QString::fromLatin1(nome));
+    c->setPlaceholderText(QStringLiteral("(scegli)"));
+    c->setMinimumWidth(240);
+    return c;
+  };
+  if (PerCliente()) cbCliente_ = scelta("cbCliente");
+  cbTipoModello_ = scelta("cbTipoModello");
+  cbTipoDisposizione_ = scelta("cbTipoDisposizione");
+  auto importo = [this](const char* nome) {
+    auto* n = new NumericSpin(this, QStringLiteral("#,##0.00"));
+    n->setObjectName(QString::fromLatin1(nome));
+    n->setMinimumWidth(110);
+    n->setMaximumWidth(140);
+    return n;
+  };
+  spTarMin_ = importo("spTarMin");
+  spTarMax_ = importo("spTarMax");
+  spTarH_ = importo("spTarH");
+  btnNuova_ = Pulsante(QStringLiteral("&Nuova"), "btnNuova", this);
+  btnSalva_ = Pulsante(QStringLiteral("Sal&va"), "btnSalva", this);
+  btnElimina_ = Pulsante(QStringLiteral("E&limina"), "btnElimina", this);
+
+  auto* campi = new QFormLayout;
+  if (PerCliente()) campi->addRow(QStringLiteral("Cli&ente:"), cbCliente_);
+  campi->addRow(QStringLiteral("Tipologia &modello:"), cbTipoModello_);
+  campi->addRow(QStringLiteral("Tipologia &disposizione:"), cbTipoDisposizione_);
+  auto* oraria = new QHBoxLayout;
+  oraria->addWidget(spTarH_);
+  oraria->addWidget(new QLabel(QStringLiteral("€/h"), this));
+  oraria->addStretch(1);
+  auto* lOraria = new QLabel(QStringLiteral("Tariffa &oraria:"), this);
+  lOraria->setBuddy(spTarH_);
+  campi->addRow(lOraria, oraria);
+  auto* fascia = new QHBoxLayout;
+  fascia->addWidget(spTarMin_);
+  auto* lMax = new QLabel(QStringLiteral("ma&ssima:"), this);
+  lMax->setBuddy(spTarMax_);
+  fascia->addSpacing(8);
+  fascia->addWidget(lMax);
+  fascia->addWidget(spTarMax_);
+  fascia->addStretch(1);
+  auto* lMin = new QLabel(QStringLiteral("Tariffa m&inima:"), this);
+  lMin->setBuddy(spTarMin_);
+  campi->addRow(lMin, fascia);
+  auto* nota = new QLabel(QStringLiteral("La tariffa minima e la massima valgono per le tipologie di disposizione a forfait."), this);
+  nota->setWordWrap(true);
+  campi->addRow(QString(), nota);
+
+  auto* gruppo = new QGroupBox(this);
+  gruppo->setObjectName(QStringLiteral("grpTariffa"));
+  gruppo->setLayout(campi);
+  Impagina(gruppo, {btnNuova_, btnSalva_, btnElimina_});
+  resize(PerCliente() ? 900 : 720, 540);
+
+  connect(lista_, &QTreeWidget::currentItemChanged, this, [this] { MostraRiga(); });
+  connect(lista_, &QTreeWidget::itemSelectionChanged, this, [this] { AggiornaPulsanti(); });
+  connect(lista_, &QTreeWidget::itemActivated, this, [this] { spTarH_->setFocus(); });
+  connect(btnNuova_, &QPushButton::clicked, this, &TariffeDialog::Nuova);
+  connect(btnSalva_, &QPushButton::clicked, this, [this] { Salva(); });
+  connect(btnElimina_, &QPushButton::clicked, this, [this] { Elimina(); });
+  CaricaScelte();
+  Ricarica();
+}
+
+QString TariffeDialog::NomeTabella() const {
+  return PerCliente() ? QStringLiteral("ProjectsDispTarDett") : QStringLiteral("ProjectsDispTar");
+}
+
+Sql TariffeDialog::Dove(const Chiave& k) const {
+  Sql sql = Sql(" WHERE CPrjTipo=") + Sql::Param(k.tipo) + Sql(" AND CPrjDispTipo=") + Sql::Param(k.disp);
+  if (PerCliente()) sql += Sql(" AND TAnag=") + Sql::Param(tAnag_) + Sql(" AND CAnag=") + Sql::Param(k.cliente);
+  return sql;
+}
+
+void TariffeDialog::Apri() {
+  CaricaScelte();
+  Ricarica();
+  Mostra(false);
+}
+
+// The types and the customers the fields offer; what the fields hold stays chosen.
+void TariffeDialog::CaricaScelte() {
+  auto carica = [this](QComboBox* c, const Sql& sql, const char* cosa) {
+    const QVariant prima = c->currentIndex() >= 0 ? c->currentData() : QVariant();
+    const QSignalBlocker blocca(c);
+    c->clear();
+    try {
+      for (const Row& row : db_.Select(sql).rows) c->addItem(Testo(row[1]), row[0].toInt());
+    } catch (const VbError& e) {
+      ErroreDb(QStringLiteral("Impossibile leggere %1.").arg(QString::fromUtf8(cosa)), e);
+    }
+    c->setCurrentIndex(prima.isValid() ? c->findData(prima) : -1);
+  };
+  if (PerCliente())
+    carica(cbCliente_,
+           Sql("SELECT CAnag, RagSoc1 FROM Anagrafica WHERE TAnag=") + Sql::Param(tAnag_) +
+               Sql(" AND Eliminato=0 ORDER BY RagSoc1"),
+           "i clienti");
+  carica(cbTipoModello_, Sql("SELECT CPrjTipo, DPrjTipo FROM ProjectsTipo ORDER BY DPrjTipo"),
+         "le tipologie dei modelli");
+  carica(cbTipoDisposizione_, Sql("SELECT CPrjDispTipo, DPrjDispTipo FROM ProjectsDispTipo ORDER BY DPrjDispTipo"),
+         "le tipologie delle disposizioni");
+}
+
+void TariffeDialog::Ricarica() {
+  const QTreeWidgetItem* corrente = lista_->currentItem();
+  const bool tenere = corrente && corrente->isSelected();
+  const Chiave prima = tenere ? ChiaveDi(corrente) : Chiave{};
+  lista_->setSortingEnabled(false);
+  lista_->clear();
+  const int primo = PerCliente() ? 1 : 0;
+  try {
+    const QString cliente = PerCliente() ? QStringLiteral("t.CAnag, a.RagSoc1") : QStringLiteral("0, NULL");
+    QString da = QStringLiteral("(%1 t LEFT JOIN ProjectsTipo p ON t.CPrjTipo=p.CPrjTipo) LEFT JOIN ProjectsDispTipo d "
+                                "ON t.CPrjDispTipo=d.CPrjDispTipo")
+                     .arg(NomeTabella());
+    if (PerCliente())
+      da = QStringLiteral("(%1) LEFT JOIN Anagrafica a ON t.TAnag=a.TAnag AND t.CAnag=a.CAnag").arg(da);
+    Sql sql(QStringLiteral("SELECT t.CPrjTipo, t.CPrjDispTipo, %1, p.DPrjTipo, d.DPrjDispTipo, t.TarMin, t.TarMax, "
+                           "t.TarH FROM %2")
+                .arg(cliente, da));
+    if (PerCliente()) sql += Sql(" WHERE t.TAnag=") + Sql::Param(tAnag_);
+    auto nome = [](const QVariant& v, const QVariant& codice) {
+      return IsNull(v) ? QStringLiteral("(codice %1)").arg(codice.toInt()) : Testo(v);
+    };
+    for (const Row& row : db_.Select(sql).rows) {
+      auto* it = new Riga(lista_);
+      it->setData(0, kTipo, row[0].toInt());
+      it->setData(0, kDisp, row[1].toInt());
+      it->setData(0, kCliente, row[2].toInt());
+      if (PerCliente()) it->setText(0, nome(row[3], row[2]));
+      it->setText(primo, nome(row[4], row[0]));
+      it->setText(primo + 1, nome(row[5], row[1]));
+      for (int k = 0; k < 3; ++k) {
+        const double v = IsNull(row[6 + k]) ? 0.0 : row[6 + k].toDouble();
+        it->setText(primo + 2 + k, Format(v, QStringLiteral("#,##0.00")));
+        it->setData(primo + 2 + k, kOrdine, v);
+        it->setTextAlignment(primo + 2 + k, Qt::AlignRight | Qt::AlignVCenter);
+      }
+    }
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile leggere le tariffe."), e);
+  }
+  lista_->setSortingEnabled(true);
+  if (!tenere || !SelezionaTariffa(prima)) Nuova();
+}
+
+TariffeDialog::Chiave TariffeDialog::ChiaveDi(const QTreeWidgetItem* it) const {
+  return {it->data(0, kTipo).toInt(), it->data(0, kDisp).toInt(), it->data(0, kCliente).toInt()};
+}
+
+TariffeDialog::Chiave TariffeDialog::ChiaveNeiCampi() const {
+  auto codice = [](const QComboBox* c) { return c && c->currentIndex() >= 0 ? c->currentData().toInt() : 0; };
+  return {codice(cbTipoModello_), codice(cbTipoDisposizione_), codice(cbCliente_)};
+}
+
+bool TariffeDialog::SelezionaTariffa(const Chiave& k) {
+  return Seleziona([&](const QTreeWidgetItem* it) { return ChiaveDi(it) == k; });
+}
+
+QString TariffeDialog::Nome(const Chiave& k) const {
+  auto nome = [](const QComboBox* c, int codice) {
+    const int i = c->findData(codice);
+    return i >= 0 ? c->itemText(i) : QStringLiteral("codice %1").arg(codice);
+  };
+  QString s = QStringLiteral("«%1» - «%2»").arg(nome(cbTipoModello_, k.tipo), nome(cbTipoDisposizione_, k.disp));
+  if (PerCliente()) s += QStringLiteral(" del cliente «%1»").arg(nome(cbCliente_, k.cliente));
+  return s;
+}
+
+void TariffeDialog::MostraRiga() {
+  const QTreeWidgetItem* it = lista_->currentItem();
+  auto* gruppo = findChild<QGroupBox*>(QStringLiteral("grpTariffa"));
+  if (it) {
+    const Chiave k = ChiaveDi(it);
+    if (cbCliente_) cbCliente_->setCurrentIndex(cbCliente_->findData(k.cliente));
+    cbTipoModello_->setCurrentIndex(cbTipoModello_->findData(k.tipo));
+    cbTipoDisposizione_->setCurrentIndex(cbTipoDisposizione_->findData(k.disp));
+  } else {
+    for (QComboBox* c : {cbCliente_, cbTipoModello_, cbTipoDisposizione_})
+      if (c) c->setCurrentIndex(-1);
+  }
+  const int primo = PerCliente() ? 1 : 0;
+  spTarMin_->SetValue(it ? it->data(primo + 2, kOrdine).toDouble() : 0.0);
+  spTarMax_->SetValue(it ? it->data(primo + 3, kOrdine).toDouble() : 0.0);
+  spTarH_->SetValue(it ? it->data(primo + 4, kOrdine).toDouble() : 0.0);
+  if (gruppo) gruppo->setTitle(it ? QStringLiteral("Tariffa") : QStringLiteral("Nuova tariffa"));
+  AggiornaPulsanti();
+}
+
+void TariffeDialog::AggiornaPulsanti() {
+  const QTreeWidgetItem* it = lista_->currentItem();
+  btnElimina_->setEnabled(it && it->isSelected());
+}
+
+void TariffeDialog::Nuova() {
+  lista_->clearSelection();
+  lista_->setCurrentItem(nullptr);
+  MostraRiga();
+  (cbCliente_ ? cbCliente_ : cbTipoModello_)->setFocus();
+}
+
+bool TariffeDialog::Esiste(const Chiave& k) {
+  const auto r = db_.Select(Sql(QStringLiteral("SELECT Count(*) FROM %1").arg(NomeTabella())) + Dove(k));
+  return !r.rows.empty() && r.rows.front().front().toInt() > 0;
+}
+
+bool TariffeDialog::Salva() {
+  // A value being typed counts as typed.
+  for (NumericSpin* n : {spTarMin_, spTarMax_, spTarH_}) n->interpretText();
+  const Chiave k = ChiaveNeiCampi();
+  if (PerCliente() && k.cliente == 0) {
+    Avvisa(QStringLiteral("Scegli il cliente!"));
+    cbCliente_->setFocus();
+    return false;
+  }
+  if (k.tipo == 0) {
+    Avvisa(QStringLiteral("Scegli la tipologia del modello!"));
+    cbTipoModello_->setFocus();
+    return false;
+  }
+  if (k.disp == 0) {
+    Avvisa(QStringLiteral("Scegli la tipologia della disposizione!"));
+    cbTipoDisposizione_->setFocus();
+    return false;
+  }
+  const double tarMin = Round(spTarMin_->Value(), 2);
+  const double tarMax = Round(spTarMax_->Value(), 2);
+  const double tarH = Round(spTarH_->Value(), 2);
+  for (NumericSpin* n : {spTarH_, spTarMin_, spTarMax_})
+    if (n->Value() < 0) {
+      Avvisa(QStringLiteral("Le tariffe non possono essere negative!"));
+      n->setFocus();
+      return false;
+    }
+  if (tarMax > 0 && tarMax < tarMin) {
+    Avvisa(QStringLiteral("La tariffa massima non può essere inferiore alla minima!"));
+    spTarMax_->setFocus();
+    return false;
+  }
+  const QTreeWidgetItem* it = lista_->currentItem();
+  const bool inModifica = it && it->isSelected() && ChiaveDi(it) == k;
+  try {
+    // Another tariff of the same pair is replaced only when the user says so.
+    if (!inModifica && Esiste(k) &&
+        !Conferma(QStringLiteral("Esiste già la tariffa %1: vuoi sostituirla?").arg(Nome(k))))
+      return false;
+    InTransazione(db_, [&] {
+      db_.Execute(Sql(QStringLiteral("DELETE FROM %1").arg(NomeTabella())) + Dove(k));
+      Sql valori = Sql::Param(k.tipo) + Sql(", ") + Sql::Param(k.disp);
+      if (PerCliente()) valori += Sql(", ") + Sql::Param(tAnag_) + Sql(", ") + Sql::Param(k.cliente);
+      valori += Sql(", ") + Sql::Param(tarMin) + Sql(", ") + Sql::Param(tarMax) + Sql(", ") + Sql::Param(tarH);
+      db_.Execute(Sql(QStringLiteral("INSERT INTO %1 (CPrjTipo, CPrjDispTipo%2, TarMin, TarMax, TarH) VALUES (")
+                          .arg(NomeTabella(), PerCliente() ? QStringLiteral(", TAnag, CAnag") : QString())) +
+                  valori + Sql(")"));
+    });
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile salvare la tariffa."), e);
+    return false;
+  }
+  lista_->clearSelection();
+  Ricarica();
+  SelezionaTariffa(k);
+  return true;
+}
+
+bool TariffeDialog::Elimina() {
+  const QTreeWidgetItem* it = lista_->currentItem();
+  if (!it || !it->isSelected()) {
+    Avvisa(QStringLiteral("Seleziona una tariffa!"));
+    return false;
+  }
+  const Chiave k = ChiaveDi(it);
+  if (!Conferma(QStringLiteral("Vuoi eliminare la tariffa %1?").arg(Nome(k)))) return false;
+  try {
+    db_.Execute(Sql(QStringLiteral("DELETE FROM %1").arg(NomeTabella())) + Dove(k));
+  } catch (const VbError& e) {
+    ErroreDb(QStringLiteral("Impossibile eliminare la tariffa."), e);
+    return false;
+  }
+  lista_->clearSelection();
+  Ricarica();
+  return true;
 }
 
 }  // namespace vorn

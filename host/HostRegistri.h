@@ -1,6 +1,7 @@
 #pragma once
-// The host's own registers: parties, model types and disposition types, and
-// the small dialog of the register's period and state. Each register opens
+// The host's own registers: parties, model types, disposition types, service
+// kinds and tariffs, and the small dialog of the register's period and state.
+// Each register opens
 // for consultation or for a choice; when opened for a choice it shows the
 // "Scegli" button and hands the chosen code to the function it was given.
 // The dialogs show themselves and return at once (the program's event loop
@@ -24,6 +25,10 @@ class QListWidget;
 class QPushButton;
 class QTreeWidget;
 class QTreeWidgetItem;
+
+namespace prestkt {
+class NumericSpin;
+}
 
 namespace vorn {
 
@@ -72,13 +77,20 @@ class RegistroDialog : public QDialog {
   QTreeWidget* NuovaLista(const QStringList& colonne);
   // Shows the register, with "Scegli" when a choice is asked for.
   void Mostra(bool scelta);
-  virtual void Scegli() = 0;
+  // A register that is never asked for a choice has nothing to hand back.
+  virtual void Scegli() {}
+  // Selects the first visible row that quale accepts; false when there is none.
+  bool Seleziona(const std::function<bool(const QTreeWidgetItem*)>& quale);
   // Selects the row whose code (first column's data) is codice; false when there is none.
   bool Seleziona(int codice);
   // The code of the selected row; 0 when none is selected.
   int CodiceSelezionato() const;
   // The last step of a choice: the dialog closes, then the answer goes out.
   void Consegna(const std::function<void()>& risposta);
+  // Lays the register out: the choice's label, the list, the group of the
+  // row's fields, then the row's buttons on the left and "Scegli" and
+  // "Chiudi" on the right.
+  void Impagina(QWidget* gruppo, const QList<QPushButton*>& pulsanti);
 
   prestkt::Database& db_;
   QTreeWidget* lista_ = nullptr;
@@ -153,26 +165,35 @@ class AnagraficaForm : public QDialog {
   QDoubleSpinBox* spCostoH_;
 };
 
-// What the two tables of types share: a list of code, description and short
-// code, the fields of one type, "Nuova", "Salva" with its checks, and the choice.
+// What the tables of types and kinds share: a list of code, description and
+// short code, the fields of one row, "Nuova", "Salva" with its checks,
+// "Elimina" where the table allows it, and the choice.
 class TipologiaDialog : public RegistroDialog {
   Q_OBJECT
  public:
   using Scelta = std::function<void(int codice)>;
   void Apri(int codice, Scelta scelta = {});
   void Ricarica();
-  // Checks and writes the type in the fields; false (after telling the user) when it can't.
+  // Checks and writes the row in the fields; false (after telling the user) when it can't.
   bool Salva();
+  // Deletes the selected row after asking; false when nothing was deleted.
+  bool Elimina();
 
  signals:
   void Salvata(int codice);
+  void Eliminata(int codice);
 
  protected:
   struct Tabella {
-    QString nome;         // ProjectsTipo
-    QString codice;       // CPrjTipo
-    QString descrizione;  // DPrjTipo
-    QString altre;        // the further columns read, after Sigla
+    QString nome{};         // ProjectsTipo
+    QString codice{};       // CPrjTipo
+    QString descrizione{};  // DPrjTipo
+    QString altre{};        // the further columns read, after Sigla; none when empty
+    QString filtro{};       // the rows of the table the register holds ("CTipTabGen=12"); all when empty
+    QString voce = QStringLiteral("tipologia");   // how the messages name a row (a feminine noun)
+    QString voci = QStringLiteral("tipologie");   // and the rows
+    bool codiceLibero = false;  // a new row takes the code typed (the next free one proposed)
+    bool eliminabile = false;   // the register offers "Elimina"
   };
   TipologiaDialog(prestkt::Database& db, const QString& nome, const QString& titolo, Tabella tabella,
                   const QStringList& colonne, QWidget* parent);
@@ -181,13 +202,27 @@ class TipologiaDialog : public RegistroDialog {
   void Scegli() override;
   void Nuova();
   void MostraRiga();
+  // " AND <filtro>", or nothing when the register holds the whole table.
+  QString EFiltro() const;
+  // The next code of the register: one more than the highest.
+  int ProssimoCodice();
 
   // What each table adds: its columns in the list, its fields, its writes.
-  virtual void RigaExtra(QTreeWidgetItem* it, const prestkt::Row& row) = 0;
-  virtual void MostraExtra(const QTreeWidgetItem* it) = 0;  // null: a new type
+  virtual void RigaExtra(QTreeWidgetItem* it, const prestkt::Row& row) { Q_UNUSED(it); Q_UNUSED(row); }
+  virtual void MostraExtra(const QTreeWidgetItem* it) { Q_UNUSED(it); }  // null: a new row
   virtual bool PrimaDiSalvare(int codice) { Q_UNUSED(codice); return true; }
   // Inside the save's transaction: the row itself (INSERT when nuovo) and what hangs on it.
   virtual void Scrivi(int codice, bool nuovo, const QString& descr, const QVariant& sigla) = 0;
+  // Why the row can't be deleted, told to the user; empty when it can.
+  virtual QString Impedimento(int codice, const QString& descr) {
+    Q_UNUSED(codice);
+    Q_UNUSED(descr);
+    return {};
+  }
+  // The question before the delete.
+  virtual QString DomandaElimina(int codice, const QString& descr);
+  // Inside the delete's transaction: the row and what hangs on it.
+  virtual void Cancella(int codice);
 
   Tabella tabella_;
   QFormLayout* campi_;
@@ -196,6 +231,7 @@ class TipologiaDialog : public RegistroDialog {
   QLineEdit* edSigla_;
   QPushButton* btnNuova_;
   QPushButton* btnSalva_;
+  QPushButton* btnElimina_ = nullptr;
   int codiceInModifica_ = 0;  // 0: the fields hold a new type
   Scelta scelta_;
 };
@@ -222,6 +258,7 @@ class TipiDisposizioneDialog : public TipologiaDialog {
   Q_OBJECT
  public:
   TipiDisposizioneDialog(prestkt::Database& db, QWidget* parent = nullptr);
+  // Reads the service kinds again; the ones checked stay checked.
   void CaricaPrestazioni();
 
  protected:
@@ -233,6 +270,74 @@ class TipiDisposizioneDialog : public TipologiaDialog {
   QCheckBox* chkForfait_;
   QComboBox* cbTipoFatt_;
   QListWidget* lwPrestazioni_;
+};
+
+// The service kinds (TabGen, group 12): the disposition types list them
+// among their allowed kinds, the activities and dispositions name them.
+class PrestazioniDialog : public TipologiaDialog {
+  Q_OBJECT
+ public:
+  PrestazioniDialog(prestkt::Database& db, QWidget* parent = nullptr);
+
+ protected:
+  void Scrivi(int codice, bool nuovo, const QString& descr, const QVariant& sigla) override;
+  QString Impedimento(int codice, const QString& descr) override;
+  QString DomandaElimina(int codice, const QString& descr) override;
+  void Cancella(int codice) override;
+};
+
+// ------------------------------------------------------------------ tariffs
+
+// The tariffs of a kind of work: per model type and disposition type, the
+// general ones (ProjectsDispTar) or those of one customer (ProjectsDispTarDett).
+// A list of the tariffs, the fields of one, "Nuova", "Salva", "Elimina".
+// Saving a pair that exists changes it, a new pair adds a tariff.
+class TariffeDialog : public RegistroDialog {
+  Q_OBJECT
+ public:
+  // tAnagClienti 0: the general tariffs; otherwise those of the customers of that party type.
+  TariffeDialog(prestkt::Database& db, int tAnagClienti, QWidget* parent = nullptr);
+  bool PerCliente() const { return tAnag_ != 0; }
+  // Reads the types, the customers and the tariffs again and shows the register.
+  void Apri();
+  void Ricarica();
+  // Checks and writes the tariff in the fields; false (after telling the user) when it can't.
+  bool Salva();
+  // Deletes the selected tariff after asking; false when nothing was deleted.
+  bool Elimina();
+
+ private:
+  // A tariff's key; cliente 0 for a general one.
+  struct Chiave {
+    int tipo = 0;
+    int disp = 0;
+    int cliente = 0;
+    bool operator==(const Chiave&) const = default;
+  };
+  void CaricaScelte();
+  void Nuova();
+  void MostraRiga();
+  void AggiornaPulsanti();
+  bool SelezionaTariffa(const Chiave& k);
+  Chiave ChiaveDi(const QTreeWidgetItem* it) const;
+  Chiave ChiaveNeiCampi() const;
+  bool Esiste(const Chiave& k);
+  // «Stampo» - «Lavorazione oraria», with the customer for a customer's tariff.
+  QString Nome(const Chiave& k) const;
+  QString NomeTabella() const;
+  // " WHERE <the key>" with bound values.
+  prestkt::Sql Dove(const Chiave& k) const;
+
+  int tAnag_;
+  QComboBox* cbCliente_ = nullptr;
+  QComboBox* cbTipoModello_;
+  QComboBox* cbTipoDisposizione_;
+  prestkt::NumericSpin* spTarMin_;
+  prestkt::NumericSpin* spTarMax_;
+  prestkt::NumericSpin* spTarH_;
+  QPushButton* btnNuova_;
+  QPushButton* btnSalva_;
+  QPushButton* btnElimina_;
 };
 
 }  // namespace vorn

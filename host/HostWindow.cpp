@@ -16,9 +16,12 @@
 #include <QTextEdit>
 
 #include "DemoData.h"
+#include "HostPrezzi.h"
 #include "HostRegistri.h"
 #include "Messages.h"
+#include "ListView.h"
 #include "Schema.h"
+#include "Vb.h"
 #include "VbError.h"
 
 using namespace prestkt;
@@ -84,6 +87,10 @@ HostWindow::~HostWindow() {
   delete anagrafiche_;
   delete tipiModello_;
   delete tipiDisposizione_;
+  delete prestazioni_;
+  delete tariffeGenerali_;
+  delete tariffeClienti_;
+  delete prezzi_;
   delete periodo_;
   delete ctl_;
 }
@@ -196,6 +203,13 @@ void HostWindow::ConnectControl() {
                          .arg(vMode));
           }, diretta);
   connect(ctl_, &OCPrestKT::GetDataForFattDiff, this, [this](double& vImporto) {
+    // The price of a calculator opened from the host's price dialog goes back to that dialog.
+    if (prezzi_ && prezzi_->InAttesa()) {
+      prezzi_->Ricevi(vImporto);
+      Ricevuto(QStringLiteral("Prezzo confermato per la disposizione %1: %2")
+                   .arg(prezzi_->Riferimento(), Format(vImporto, QStringLiteral("#,##0.00"))));
+      return;
+    }
     Ricevuto(QStringLiteral("Importo per la fattura differita ricevuto: %1").arg(Italiano().toString(vImporto, 'f', 2)));
   }, diretta);
   connect(ctl_, &OCPrestKT::GetPZVend, this, [this](double& pzVend) {
@@ -233,6 +247,12 @@ void HostWindow::BuildMenus() {
   actElimina_->setStatusTip(QStringLiteral("Elimina il modello selezionato con le sue disposizioni e attività"));
   // In only-input mode the component deletes nothing; the entry says so by being off.
   actElimina_->setEnabled(!o_.onlyInput);
+  modelli->addSeparator();
+  QAction* prezzi = modelli->addAction(QStringLiteral("&Prezzo delle disposizioni..."), this,
+                                       &HostWindow::MostraPrezziDisposizioni);
+  prezzi->setObjectName(QStringLiteral("actPrezziDisposizioni"));
+  prezzi->setStatusTip(QStringLiteral("Prezzo proposto e calcolo della tariffa delle disposizioni del modello selezionato"));
+  prezzi->setEnabled(!o_.onlyInput);
   qApp->installEventFilter(new TastiDeiTesti({nuovo, apri, actElimina_}, this));
 
   QMenu* archivi = menuBar()->addMenu(QStringLiteral("&Archivi"));
@@ -247,6 +267,20 @@ void HostWindow::BuildMenus() {
                                      [this] { TipiDisposizione()->Apri(0); });
   disp->setObjectName(QStringLiteral("actTipiDisposizione"));
   disp->setShortcut(QKeySequence(Qt::Key_F4));
+  QAction* prest = archivi->addAction(QStringLiteral("&Prestazioni..."), this, [this] { Prestazioni()->Apri(0); });
+  prest->setObjectName(QStringLiteral("actPrestazioni"));
+  archivi->addSeparator();
+  QAction* tariffe = archivi->addAction(QStringLiteral("Tariffe &generali..."), this,
+                                        [this] { TariffeGenerali()->Apri(); });
+  tariffe->setObjectName(QStringLiteral("actTariffe"));
+  QAction* tariffeClienti = archivi->addAction(QStringLiteral("Tariffe per &cliente..."), this,
+                                               [this] { TariffeClienti()->Apri(); });
+  tariffeClienti->setObjectName(QStringLiteral("actTariffeClienti"));
+
+  QMenu* strumenti = menuBar()->addMenu(QStringLiteral("&Strumenti"));
+  strumenti->setObjectName(QStringLiteral("mnuStrumenti"));
+  QAction* impostazioni = strumenti->addAction(QStringLiteral("&Impostazioni prezzi..."), ctl_, &OCPrestKT::ShowSettings);
+  impostazioni->setObjectName(QStringLiteral("actImpostazioniPrezzi"));
 }
 
 vorn::AnagraficheDialog* HostWindow::Anagrafiche() {
@@ -262,6 +296,46 @@ vorn::TipiModelloDialog* HostWindow::TipiModello() {
 vorn::TipiDisposizioneDialog* HostWindow::TipiDisposizione() {
   if (!tipiDisposizione_) tipiDisposizione_ = new vorn::TipiDisposizioneDialog(*db_, this);
   return tipiDisposizione_;
+}
+
+vorn::PrestazioniDialog* HostWindow::Prestazioni() {
+  if (!prestazioni_) {
+    prestazioni_ = new vorn::PrestazioniDialog(*db_, this);
+    // The disposition types offer the service kinds as they are now.
+    auto aggiorna = [this] {
+      if (tipiDisposizione_) tipiDisposizione_->CaricaPrestazioni();
+    };
+    connect(prestazioni_, &vorn::PrestazioniDialog::Salvata, this, aggiorna);
+    connect(prestazioni_, &vorn::PrestazioniDialog::Eliminata, this, aggiorna);
+  }
+  return prestazioni_;
+}
+
+vorn::TariffeDialog* HostWindow::TariffeGenerali() {
+  if (!tariffeGenerali_) tariffeGenerali_ = new vorn::TariffeDialog(*db_, 0, this);
+  return tariffeGenerali_;
+}
+
+vorn::TariffeDialog* HostWindow::TariffeClienti() {
+  if (!tariffeClienti_) tariffeClienti_ = new vorn::TariffeDialog(*db_, o_.tAnag, this);
+  return tariffeClienti_;
+}
+
+vorn::PrezziDisposizioniDialog* HostWindow::PrezziDisposizioni() {
+  if (!prezzi_) prezzi_ = new vorn::PrezziDisposizioniDialog(*db_, ctl_, this);
+  return prezzi_;
+}
+
+void HostWindow::MostraPrezziDisposizioni() {
+  if (o_.onlyInput) return;
+  const ListView* registro = ctl_->findChild<ListView*>(QStringLiteral("ListView1"));
+  const int riga = registro ? registro->SelectedIndex() : -1;
+  if (riga < 0) {
+    MessageBoxVorn(QStringLiteral("Seleziona un modello nell'elenco."), vbExclamation);
+    return;
+  }
+  // The register's keys are "K" and the model's code in nine digits.
+  PrezziDisposizioni()->Apri(registro->Key(riga).mid(1).toInt());
 }
 
 vorn::PeriodoDialog* HostWindow::Periodo() {
@@ -305,7 +379,8 @@ void HostWindow::Rispondi(const QString& fatto, const std::function<void()>& inv
 
 void HostWindow::Termina() {
   uscitaRichiesta_ = true;
-  for (QDialog* d : std::initializer_list<QDialog*>{anagrafiche_, tipiModello_, tipiDisposizione_, periodo_})
+  for (QDialog* d : std::initializer_list<QDialog*>{anagrafiche_, tipiModello_, tipiDisposizione_, prestazioni_,
+                                                    tariffeGenerali_, tariffeClienti_, prezzi_, periodo_})
     if (d) d->reject();
   close();
   QCoreApplication::exit(0);

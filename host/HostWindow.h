@@ -2,7 +2,8 @@
 // The main window of the demo host: it opens the database, places the
 // component and answers what the component asks of its host: its registers of
 // parties and types, the choices sent back to the open card, the end of the
-// program, and the data meant for the host's documents.
+// program, the data meant for the host's documents, and the prices of the
+// dispositions that the host asks of the component.
 #include <QMainWindow>
 #include <QPointer>
 #include <functional>
@@ -16,6 +17,9 @@ class QAction;
 namespace vorn {
 class AnagraficheDialog;
 class PeriodoDialog;
+class PrestazioniDialog;
+class PrezziDisposizioniDialog;
+class TariffeDialog;
 class TipiDisposizioneDialog;
 class TipiModelloDialog;
 }  // namespace vorn
@@ -41,12 +45,18 @@ class HostWindow : public QMainWindow {
   vorn::AnagraficheDialog* Anagrafiche();
   vorn::TipiModelloDialog* TipiModello();
   vorn::TipiDisposizioneDialog* TipiDisposizione();
+  vorn::PrestazioniDialog* Prestazioni();
+  vorn::TariffeDialog* TariffeGenerali();
+  vorn::TariffeDialog* TariffeClienti();
+  vorn::PrezziDisposizioniDialog* PrezziDisposizioni();
   vorn::PeriodoDialog* Periodo();
 
   // Opens the dialog of the period and state on the component's values.
   void MostraPeriodo();
   // Hands a period and a state to the component, which reloads its register.
   void ApplicaPeriodo(const QDate& dal, const QDate& al, int stato);
+  // Opens the prices of the dispositions of the model selected in the component's register.
+  void MostraPrezziDisposizioni();
   // The period and state as the status bar shows them.
   QString TestoPeriodo() const;
   // Set once the component has asked the program to end.
@@ -70,6 +80,10 @@ class HostWindow : public QMainWindow {
   QPointer<vorn::AnagraficheDialog> anagrafiche_;
   QPointer<vorn::TipiModelloDialog> tipiModello_;
   QPointer<vorn::TipiDisposizioneDialog> tipiDisposizione_;
+  QPointer<vorn::PrestazioniDialog> prestazioni_;
+  QPointer<vorn::TariffeDialog> tariffeGenerali_;
+  QPointer<vorn::TariffeDialog> tariffeClienti_;
+  QPointer<vorn::PrezziDisposizioniDialog> prezzi_;
   QPointer<vorn::PeriodoDialog> periodo_;
   bool uscitaRichiesta_ = false;
 };

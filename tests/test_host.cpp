@@ -19,11 +19,16 @@
 #include <QTimer>
 #include <QTreeWidget>
 
+#include "CalcDatiDisp.h"
 #include "DemoData.h"
+#include "HostPrezzi.h"
 #include "HostRegistri.h"
 #include "HostWindow.h"
 #include "ListView.h"
+#include "NumericSpin.h"
 #include "TestSupport.h"
+#include "frmCalcPzVend.h"
+#include "frmSettings.h"
 
 using namespace prestkt;
 using namespace prestkt::test;
@@ -96,6 +101,42 @@ struct Host {
   int CurrentCode(QTreeWidget* list) {
     return list->currentItem() ? list->currentItem()->data(0, Qt::UserRole).toInt() : 0;
   }
+  // The visible row whose first texts are these; null when there is none.
+  QTreeWidgetItem* RowWithTexts(QTreeWidget* list, const QStringList& testi) {
+    for (int i = 0; i < list->topLevelItemCount(); ++i) {
+      QTreeWidgetItem* it = list->topLevelItem(i);
+      bool uguale = !it->isHidden();
+      for (int c = 0; uguale && c < testi.size(); ++c) uguale = it->text(c) == testi[c];
+      if (uguale) return it;
+    }
+    return nullptr;
+  }
+  void ClickItem(QTreeWidget* list, QTreeWidgetItem* it) {
+    ASSERT_TRUE(it);
+    list->scrollToItem(it);
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(it).center());
+  }
+  // Chooses an entry of a combo by its text, as a user picks it from the list.
+  void Choose(QWidget* parent, const char* combo, const QString& testo) {
+    auto* c = Find<QComboBox>(parent, combo);
+    ASSERT_TRUE(c) << combo;
+    const int i = c->findText(testo);
+    ASSERT_GE(i, 0) << combo << " " << testo.toStdString();
+    c->setCurrentIndex(i);
+  }
+  // Types into a numeric field over what it holds.
+  void TypeNumber(QWidget* parent, const char* field, const QString& testo) {
+    auto* n = Find<NumericSpin>(parent, field);
+    ASSERT_TRUE(n) << field;
+    n->setFocus();
+    n->selectAll();
+    QTest::keyClicks(n, testo);
+  }
+  QStringList Texts(const QTreeWidgetItem* it) {
+    QStringList t;
+    for (int c = 0; c < it->columnCount(); ++c) t << it->text(c);
+    return t;
+  }
 
   QTemporaryDir dir;
   QString file;
@@ -165,7 +206,8 @@ TEST(Host, OpensTheComponentOnTheDemoDatabase) {
                                  .arg(oggi.year()));
   // The menus and their entries.
   for (const char* a : {"actEsci", "actPeriodo", "actElimina", "actAnagrafiche", "actTipiModello",
-                        "actTipiDisposizione"})
+                        "actTipiDisposizione", "actPrestazioni", "actTariffe", "actTariffeClienti",
+                        "actImpostazioniPrezzi", "actPrezziDisposizioni"})
     EXPECT_TRUE(h.Find<QAction>(h.w.get(), a)) << a;
   EXPECT_FALSE(h.Find<QLabel>(h.w.get(), "lblSoloInserimento")->isVisibleTo(h.w.get()));
   EXPECT_TRUE(h.messages->asked.empty()) << h.Prompts().join('|').toStdString();
@@ -320,6 +362,10 @@ TEST(Host, ClosePrgEndsTheProgram) {
   EXPECT_TRUE(h.w->UscitaRichiesta());
   EXPECT_FALSE(h.w->isVisible());
   EXPECT_FALSE(dlg->isVisible());
+  // The end asked of the application would end at once the next event loop
+  // that starts (a later test's modal card): a loop of this test takes it.
+  QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(0); });
+  EXPECT_EQ(QCoreApplication::exec(), 0);
 }
 
 TEST(Host, PeriodAndStateReachTheComponent) {
@@ -497,6 +543,7 @@ TEST(Host, OnlyInputKeepsTheRegisterReadOnly) {
   EXPECT_TRUE(h.Find<QLabel>(h.w.get(), "lblSoloInserimento")->isVisibleTo(h.w.get()));
   auto* elimina = h.w->findChild<QAction*>("actElimina");
   EXPECT_FALSE(elimina->isEnabled());
+  EXPECT_FALSE(h.w->findChild<QAction*>("actPrezziDisposizioni")->isEnabled());
   ListView* reg = h.Register();
   ASSERT_GT(reg->Count(), 0);
   reg->SetSelected(0);
@@ -735,4 +782,679 @@ TEST(Host, DispositionTypeRegisterWritesTheAllowedServices) {
   // The other types keep theirs.
   const int oraria = h.Scalar(Sql("SELECT CPrjDispTipo FROM ProjectsDispTipo WHERE Sigla='LO'")).toInt();
   EXPECT_EQ(ammesse(oraria).size(), 5);
+}
+
+namespace {
+
+QString Euro(double v) { return QLocale(QLocale::Italian, QLocale::Italy).toString(v, 'f', 2); }
+
+QString Chiave(int cProject) { return QStringLiteral("K%1").arg(cProject, 9, 10, QLatin1Char('0')); }
+
+// Waits for the price calculator; once it shows, records what it was opened
+// on and what its price field holds, shows the tab of the external work and
+// triggers the toolbar button asked for.
+class Calcolatrice : public QObject {
+ public:
+  void Premi(const char* azione) {
+    azione_ = azione;
+    QTimer::singleShot(0, this, [this] { Prova(); });
+  }
+
+  bool vista = false;
+  bool premuta = false;
+  QString chiamante;
+  int cProject = 0;
+  int cDisp = 0;
+  double qta = 0;
+  double pzIni = 0;
+  double prezzo = 0;
+  int scheda = -1;
+
+ private:
+  void Prova() {
+    auto* f = qobject_cast<frmCalcPzVend*>(QApplication::activeModalWidget());
+    if (!f) {
+      if (++tentativi_ < 200) QTimer::singleShot(10, this, [this] { Prova(); });
+      return;
+    }
+    vista = true;
+    chiamante = f->Chiamante;
+    cProject = f->CProject;
+    cDisp = f->CDisp;
+    qta = f->Qta;
+    pzIni = f->PzIni;
+    prezzo = f->OCPzVend->Value();
+    f->SSTab1->setCurrentIndex(1);
+    scheda = f->SSTab1->currentIndex();
+    // A screen that stays open after the button would hold the test: it is closed.
+    QTimer::singleShot(0, f, [f] { f->close(); });
+    if (auto* a = f->findChild<QAction*>(QString::fromLatin1(azione_))) {
+      premuta = true;
+      a->trigger();
+    }
+  }
+
+  const char* azione_ = "";
+  int tentativi_ = 0;
+};
+
+}  // namespace
+
+TEST(Host, DemoDatabaseHasTariffsForEveryPairInUse) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  EXPECT_GT(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDisp")).toInt(), 0);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDisp d INNER JOIN Projects p ON d.CProject=p.CProject "
+                         "LEFT JOIN ProjectsDispTar t ON t.CPrjTipo=p.CPrjTipo AND t.CPrjDispTipo=d.CPrjDispTipo "
+                         "WHERE t.CPrjTipo IS NULL"))
+                .toInt(),
+            0);
+  // The internal work counts at the workshop's own rate.
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispTar t INNER JOIN ProjectsDispTipo d ON "
+                         "t.CPrjDispTipo=d.CPrjDispTipo WHERE d.Sigla='INT' AND t.TarH<>30"))
+                .toInt(),
+            0);
+  EXPECT_GE(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispTar t INNER JOIN ProjectsDispTipo d ON "
+                         "t.CPrjDispTipo=d.CPrjDispTipo WHERE d.Sigla='INT'"))
+                .toInt(),
+            1);
+  EXPECT_GE(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispTarDett WHERE TAnag=1")).toInt(), 3);
+  const int prestazioni = h.Scalar(Sql("SELECT Count(*) FROM TabGen WHERE CTipTabGen=12")).toInt();
+  EXPECT_GE(prestazioni, 5);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(DISTINCT Sigla) FROM TabGen WHERE CTipTabGen=12 AND Sigla<>''")).toInt(),
+            prestazioni);
+}
+
+TEST(Host, ServiceKindRegisterAddsChangesAndDeletes) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  // A code of another group of TabGen neither blocks nor moves the codes of the service kinds.
+  h.db->Execute(Sql("INSERT INTO TabGen (CTipTabGen, CTabGen, DTabGen, Sigla) VALUES (1, 50, 'Conto visione', 'CV')"));
+  // The disposition types, opened before, will show the new kind too.
+  h.w->findChild<QAction*>("actTipiDisposizione")->trigger();
+  auto* tipi = h.Find<TipiDisposizioneDialog>(h.w.get(), "dlgTipiDisposizione");
+  ASSERT_TRUE(tipi && tipi->isVisible());
+  auto* ammesse = h.Find<QListWidget>(tipi, "lwPrestazioni");
+  const int oraria = h.Scalar(Sql("SELECT CPrjDispTipo FROM ProjectsDispTipo WHERE Sigla='LO'")).toInt();
+  h.ClickRow(h.Find<QTreeWidget>(tipi, "lvTipiDisposizione"), oraria);
+  int spuntate = 0;
+  for (int i = 0; i < ammesse->count(); ++i) spuntate += ammesse->item(i)->checkState() == Qt::Checked;
+  EXPECT_EQ(spuntate, 5);
+  auto prestazioneTra = [&](const QString& testo) {
+    for (int i = 0; i < ammesse->count(); ++i)
+      if (ammesse->item(i)->text() == testo) return true;
+    return false;
+  };
+  EXPECT_FALSE(prestazioneTra("Rettifica (RET)"));
+  h.Click(tipi, "btnChiudi");
+
+  h.w->findChild<QAction*>("actPrestazioni")->trigger();
+  auto* dlg = h.Find<PrestazioniDialog>(h.w.get(), "dlgPrestazioni");
+  ASSERT_TRUE(dlg && dlg->isVisible());
+  EXPECT_EQ(dlg->windowTitle(), "Prestazioni");
+  EXPECT_FALSE(h.Find<QPushButton>(dlg, "btnScegli")->isVisible());
+  auto* list = h.Find<QTreeWidget>(dlg, "lvPrestazioni");
+  const int prima = h.Scalar(Sql("SELECT Count(*) FROM TabGen WHERE CTipTabGen=12")).toInt();
+  EXPECT_EQ(list->topLevelItemCount(), prima);
+  auto* codice = h.Find<QLineEdit>(dlg, "edCodice");
+  auto* descr = h.Find<QLineEdit>(dlg, "edDescrizione");
+  auto* sigla = h.Find<QLineEdit>(dlg, "edSigla");
+
+  h.Click(dlg, "btnNuova");
+  EXPECT_EQ(codice->text(), QString::number(prima + 1));  // the next code of the service kinds
+  EXPECT_FALSE(codice->isReadOnly());
+  EXPECT_FALSE(h.Find<QPushButton>(dlg, "btnElimina")->isEnabled());
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.Prompts(), QStringList{"Inserisci la descrizione!"});
+  // The fields hold what the columns hold.
+  QTest::keyClicks(descr, QString(120, QLatin1Char('x')));
+  EXPECT_EQ(descr->text().size(), 100);
+  QTest::keyClicks(sigla, "ABCDEFGHIJKLMN");
+  EXPECT_EQ(sigla->text(), "ABCDEFGHIJ");
+  descr->setText("Saldatura");
+  sigla->clear();
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, "Esiste già la prestazione «Saldatura» (codice 1)!");
+  descr->setText("Rettifica");
+  QTest::keyClicks(sigla, "sal");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, "La sigla «SAL» è già usata dalla prestazione «Saldatura»!");
+  sigla->setText("ret");
+  codice->setText("3");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, "Il codice 3 è già usato dalla prestazione «Fresatura»!");
+  for (const char* sbagliato : {"tre", "0", "40000", ""}) {
+    codice->setText(QString::fromLatin1(sbagliato));
+    h.Click(dlg, "btnSalva");
+    EXPECT_EQ(h.messages->asked.back().prompt, "Il codice deve essere un numero da 1 a 32767!") << sbagliato;
+  }
+  EXPECT_EQ(h.messages->asked.size(), 8u);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM TabGen WHERE CTipTabGen=12")).toInt(), prima);
+
+  // Code 50 is free among the service kinds.
+  codice->setText("50");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.size(), 8u) << h.Prompts().join('|').toStdString();
+  const auto r = h.db->Select(Sql("SELECT DTabGen, Sigla FROM TabGen WHERE CTipTabGen=12 AND CTabGen=50"));
+  ASSERT_EQ(r.rows.size(), 1u);
+  EXPECT_EQ(r.rows[0][0].toString(), "Rettifica");
+  EXPECT_EQ(r.rows[0][1].toString(), "RET");
+  EXPECT_EQ(h.Scalar(Sql("SELECT DTabGen FROM TabGen WHERE CTipTabGen=1 AND CTabGen=50")).toString(), "Conto visione");
+  EXPECT_EQ(list->topLevelItemCount(), prima + 1);
+  EXPECT_EQ(h.CurrentCode(list), 50);
+  EXPECT_TRUE(codice->isReadOnly());  // a saved code stays as it is
+
+  // Changed: the same row.
+  descr->setText("Rettifica in piano");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.Scalar(Sql("SELECT DTabGen FROM TabGen WHERE CTipTabGen=12 AND CTabGen=50")).toString(),
+            "Rettifica in piano");
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM TabGen WHERE CTipTabGen=12")).toInt(), prima + 1);
+  EXPECT_EQ(list->currentItem()->text(1), "Rettifica in piano");
+
+  // The disposition types list it among the kinds they may allow.
+  h.w->findChild<QAction*>("actTipiDisposizione")->trigger();
+  ASSERT_TRUE(tipi->isVisible());
+  EXPECT_EQ(ammesse->count(), prima + 1);
+  EXPECT_TRUE(prestazioneTra("Rettifica in piano (RET)"));
+  h.ClickRow(h.Find<QTreeWidget>(tipi, "lvTipiDisposizione"), oraria);
+  for (int i = 0; i < ammesse->count(); ++i)
+    if (ammesse->item(i)->text() == "Rettifica in piano (RET)") ammesse->item(i)->setCheckState(Qt::Checked);
+  const size_t domande = h.messages->asked.size();
+  h.Click(tipi, "btnSalva");
+  EXPECT_EQ(h.messages->asked.size(), domande);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDisp2Prest WHERE CPrestazione=50 AND CPrjDispTipo=") +
+                     Sql::Param(oraria))
+                .toInt(),
+            1);
+  h.Click(tipi, "btnChiudi");
+
+  // A kind that the work done names stays.
+  h.w->findChild<QAction*>("actPrestazioni")->trigger();
+  h.ClickRow(list, 1);
+  const int attivita = h.Scalar(Sql("SELECT Count(*) FROM ActivitiesProd WHERE CPrestazione=1")).toInt();
+  const int disposizioni = h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispDett WHERE CPrestazione=1")).toInt();
+  const int righe = h.Scalar(Sql("SELECT Count(*) FROM ProjectsDocDettPrest WHERE CPrestazione=1")).toInt();
+  ASSERT_GT(attivita, 1);
+  ASSERT_GT(disposizioni, 1);
+  ASSERT_GT(righe, 1);
+  h.Click(dlg, "btnElimina");
+  EXPECT_EQ(h.messages->asked.back().prompt,
+            QStringLiteral("La prestazione «Saldatura» è usata da %1 attività, da %2 disposizioni e da %3 righe di "
+                           "documento: non può essere eliminata!")
+                .arg(attivita)
+                .arg(disposizioni)
+                .arg(righe));
+  EXPECT_EQ(h.messages->asked.back().buttons, vbExclamation);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM TabGen WHERE CTipTabGen=12 AND CTabGen=1")).toInt(), 1);
+
+  // The new one: No keeps it, Yes deletes it with its place among the allowed kinds.
+  h.ClickRow(list, 50);
+  const QString domanda = "Vuoi eliminare la prestazione «Rettifica in piano»?\n\nSarà tolta dalle prestazioni "
+                          "ammesse di 1 tipologia di disposizioni.";
+  h.messages->answers.push_back(vbNo);
+  h.Click(dlg, "btnElimina");
+  EXPECT_EQ(h.messages->asked.back().prompt, domanda);
+  EXPECT_EQ(h.messages->asked.back().buttons, vbYesNo | vbQuestion | vbDefaultButton2);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM TabGen WHERE CTipTabGen=12 AND CTabGen=50")).toInt(), 1);
+  EXPECT_EQ(list->topLevelItemCount(), prima + 1);
+  h.messages->answers.push_back(vbYes);
+  h.Click(dlg, "btnElimina");
+  EXPECT_EQ(h.messages->asked.back().prompt, domanda);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM TabGen WHERE CTipTabGen=12 AND CTabGen=50")).toInt(), 0);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDisp2Prest WHERE CPrestazione=50")).toInt(), 0);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM TabGen WHERE CTipTabGen=1 AND CTabGen=50")).toInt(), 1);
+  EXPECT_EQ(list->topLevelItemCount(), prima);
+  EXPECT_EQ(ammesse->count(), prima);
+  EXPECT_FALSE(prestazioneTra("Rettifica in piano (RET)"));
+}
+
+TEST(Host, GeneralTariffRegisterWritesWhatTheTariffLookupFinds) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  h.w->findChild<QAction*>("actTariffe")->trigger();
+  auto* dlg = h.Find<TariffeDialog>(h.w.get(), "dlgTariffe");
+  ASSERT_TRUE(dlg && dlg->isVisible());
+  EXPECT_EQ(dlg->windowTitle(), "Tariffe generali");
+  EXPECT_FALSE(h.Find<QComboBox>(dlg, "cbCliente"));
+  auto* list = h.Find<QTreeWidget>(dlg, "lvTariffe");
+  QStringList intestazioni;
+  for (int c = 0; c < list->columnCount(); ++c) intestazioni << list->headerItem()->text(c);
+  EXPECT_EQ(intestazioni, QStringList({"Tipologia modello", "Tipologia disposizione", "Minima", "Massima", "Oraria"}));
+  const int tariffe = h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispTar")).toInt();
+  EXPECT_EQ(list->topLevelItemCount(), tariffe);
+  auto* forfait = h.RowWithTexts(list, {"Assistenza a forfait", "Forfait a pezzo"});
+  ASSERT_TRUE(forfait);
+  EXPECT_EQ(h.Texts(forfait), QStringList({"Assistenza a forfait", "Forfait a pezzo", "22,00", "30,00", "32,00"}));
+  // The combos offer every type.
+  EXPECT_EQ(h.Find<QComboBox>(dlg, "cbTipoModello")->count(), h.Scalar(Sql("SELECT Count(*) FROM ProjectsTipo")).toInt());
+  EXPECT_EQ(h.Find<QComboBox>(dlg, "cbTipoDisposizione")->count(),
+            h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispTipo")).toInt());
+
+  const int manutenzione = h.Scalar(Sql("SELECT CPrjTipo FROM ProjectsTipo WHERE Sigla='MA'")).toInt();
+  const int pezzo = h.Scalar(Sql("SELECT CPrjDispTipo FROM ProjectsDispTipo WHERE Sigla='PZ'")).toInt();
+  ASSERT_EQ(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispTar WHERE CPrjTipo=") + Sql::Param(manutenzione) +
+                     Sql(" AND CPrjDispTipo=") + Sql::Param(pezzo))
+                .toInt(),
+            0);
+  ASSERT_DOUBLE_EQ(GetDatiDisp(1, 2, manutenzione, pezzo).vTarH, 0.0);
+
+  // A new pair, checked field by field.
+  h.Click(dlg, "btnNuova");
+  EXPECT_EQ(h.Find<QComboBox>(dlg, "cbTipoModello")->currentIndex(), -1);
+  EXPECT_FALSE(h.Find<QPushButton>(dlg, "btnElimina")->isEnabled());
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.Prompts(), QStringList{"Scegli la tipologia del modello!"});
+  h.Choose(dlg, "cbTipoModello", "Manutenzione");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, "Scegli la tipologia della disposizione!");
+  h.Choose(dlg, "cbTipoDisposizione", "Produzione a pezzo");
+  h.TypeNumber(dlg, "spTarH", "-5");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, "Le tariffe non possono essere negative!");
+  h.TypeNumber(dlg, "spTarH", "1234,5");
+  h.TypeNumber(dlg, "spTarMin", "30");
+  h.TypeNumber(dlg, "spTarMax", "20");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, "La tariffa massima non può essere inferiore alla minima!");
+  EXPECT_EQ(h.messages->asked.size(), 4u);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispTar")).toInt(), tariffe);
+  // No top to the band: a maximum of 0.
+  h.TypeNumber(dlg, "spTarMax", "0");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.size(), 4u) << h.Prompts().join('|').toStdString();
+  auto riga = [&](int tipo, int disp) {
+    return h.db->Select(Sql("SELECT TarMin, TarMax, TarH FROM ProjectsDispTar WHERE CPrjTipo=") + Sql::Param(tipo) +
+                        Sql(" AND CPrjDispTipo=") + Sql::Param(disp))
+        .rows;
+  };
+  auto r = riga(manutenzione, pezzo);
+  ASSERT_EQ(r.size(), 1u);
+  EXPECT_DOUBLE_EQ(r[0][0].toDouble(), 30.0);
+  EXPECT_DOUBLE_EQ(r[0][1].toDouble(), 0.0);
+  EXPECT_DOUBLE_EQ(r[0][2].toDouble(), 1234.5);
+  EXPECT_EQ(list->topLevelItemCount(), tariffe + 1);
+  ASSERT_TRUE(list->currentItem());
+  EXPECT_EQ(h.Texts(list->currentItem()), QStringList({"Manutenzione", "Produzione a pezzo", "30,00", "0,00", "1.234,50"}));
+  // A customer without a tariff of its own gets the general one.
+  EXPECT_DOUBLE_EQ(GetDatiDisp(1, 2, manutenzione, pezzo).vTarH, 1234.5);
+
+  // Changed: the same pair is written again, no row is added.
+  h.TypeNumber(dlg, "spTarH", "47,25");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.size(), 4u) << h.Prompts().join('|').toStdString();
+  r = riga(manutenzione, pezzo);
+  ASSERT_EQ(r.size(), 1u);
+  EXPECT_DOUBLE_EQ(r[0][2].toDouble(), 47.25);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispTar")).toInt(), tariffe + 1);
+  EXPECT_DOUBLE_EQ(GetDatiDisp(1, 2, manutenzione, pezzo).vTarH, 47.25);
+
+  // A forfait type: the band reaches the lookup too.
+  const int prototipo = h.Scalar(Sql("SELECT CPrjTipo FROM ProjectsTipo WHERE Sigla='PR'")).toInt();
+  const int ff = h.Scalar(Sql("SELECT CPrjDispTipo FROM ProjectsDispTipo WHERE Sigla='FF'")).toInt();
+  h.Click(dlg, "btnNuova");
+  h.Choose(dlg, "cbTipoModello", "Prototipo");
+  h.Choose(dlg, "cbTipoDisposizione", "Forfait a pezzo");
+  h.TypeNumber(dlg, "spTarMin", "20");
+  h.TypeNumber(dlg, "spTarMax", "28,5");
+  h.TypeNumber(dlg, "spTarH", "33");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.size(), 4u) << h.Prompts().join('|').toStdString();
+  const tyDatiDisp banda = GetDatiDisp(1, 2, prototipo, ff);
+  EXPECT_TRUE(banda.vForfait);
+  EXPECT_DOUBLE_EQ(banda.vMin, 20.0);
+  EXPECT_DOUBLE_EQ(banda.vMax, 28.5);
+  EXPECT_DOUBLE_EQ(banda.vTarH, 33.0);
+
+  // A pair that exists, taken as new: the user is asked before it is replaced.
+  const int stampo = h.Scalar(Sql("SELECT CPrjTipo FROM ProjectsTipo WHERE Sigla='ST'")).toInt();
+  const int ore = h.Scalar(Sql("SELECT CPrjDispTipo FROM ProjectsDispTipo WHERE Sigla='LO'")).toInt();
+  const double primaH = riga(stampo, ore).at(0)[2].toDouble();
+  ASSERT_NE(primaH, 50.0);
+  h.Click(dlg, "btnNuova");
+  h.Choose(dlg, "cbTipoModello", "Stampo");
+  h.Choose(dlg, "cbTipoDisposizione", "Lavorazione oraria");
+  h.TypeNumber(dlg, "spTarH", "50");
+  const QString sostituire = "Esiste già la tariffa «Stampo» - «Lavorazione oraria»: vuoi sostituirla?";
+  h.messages->answers.push_back(vbNo);
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, sostituire);
+  EXPECT_DOUBLE_EQ(riga(stampo, ore).at(0)[2].toDouble(), primaH);
+  h.messages->answers.push_back(vbYes);
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, sostituire);
+  EXPECT_EQ(riga(stampo, ore).size(), 1u);
+  EXPECT_DOUBLE_EQ(riga(stampo, ore).at(0)[2].toDouble(), 50.0);
+  EXPECT_EQ(list->topLevelItemCount(), tariffe + 2);
+
+  // Deleted after the question: No keeps it, Yes takes it away.
+  h.ClickItem(list, h.RowWithTexts(list, {"Manutenzione", "Produzione a pezzo"}));
+  ASSERT_TRUE(h.Find<QPushButton>(dlg, "btnElimina")->isEnabled());
+  EXPECT_EQ(h.Find<QComboBox>(dlg, "cbTipoModello")->currentText(), "Manutenzione");
+  EXPECT_EQ(h.Find<NumericSpin>(dlg, "spTarH")->Value(), 47.25);
+  const QString eliminare = "Vuoi eliminare la tariffa «Manutenzione» - «Produzione a pezzo»?";
+  h.messages->answers.push_back(vbNo);
+  h.Click(dlg, "btnElimina");
+  EXPECT_EQ(h.messages->asked.back().prompt, eliminare);
+  EXPECT_EQ(riga(manutenzione, pezzo).size(), 1u);
+  h.messages->answers.push_back(vbYes);
+  h.Click(dlg, "btnElimina");
+  EXPECT_EQ(h.messages->asked.back().prompt, eliminare);
+  EXPECT_EQ(riga(manutenzione, pezzo).size(), 0u);
+  EXPECT_EQ(list->topLevelItemCount(), tariffe + 1);
+  EXPECT_FALSE(h.RowWithTexts(list, {"Manutenzione", "Produzione a pezzo"}));
+  EXPECT_DOUBLE_EQ(GetDatiDisp(1, 2, manutenzione, pezzo).vTarH, 0.0);
+}
+
+TEST(Host, CustomerTariffRegisterWritesWhatTheTariffLookupFinds) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  // A customer deleted is not offered; the tariffs of another party type are not shown.
+  h.db->Execute(Sql("UPDATE Anagrafica SET Eliminato=-1 WHERE TAnag=1 AND CAnag=12"));
+  h.db->Execute(Sql("INSERT INTO ProjectsDispTarDett (CPrjTipo, CPrjDispTipo, TAnag, CAnag, TarMin, TarMax, TarH) "
+                    "VALUES (1, 1, 2, 2, 0, 0, 99)"));
+  h.w->findChild<QAction*>("actTariffeClienti")->trigger();
+  auto* dlg = h.Find<TariffeDialog>(h.w.get(), "dlgTariffeClienti");
+  ASSERT_TRUE(dlg && dlg->isVisible());
+  EXPECT_EQ(dlg->windowTitle(), "Tariffe per cliente");
+  auto* list = h.Find<QTreeWidget>(dlg, "lvTariffe");
+  EXPECT_EQ(list->headerItem()->text(0), "Cliente");
+  const int tariffe = h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispTarDett WHERE TAnag=1")).toInt();
+  EXPECT_EQ(list->topLevelItemCount(), tariffe);
+  auto* propria = h.RowWithTexts(list, {"Plastiche Brianza S.p.A.", "Prototipo", "Progettazione"});
+  ASSERT_TRUE(propria);
+  EXPECT_EQ(h.Texts(propria).mid(3), QStringList({"0,00", "0,00", "48,00"}));
+  auto* clienti = h.Find<QComboBox>(dlg, "cbCliente");
+  ASSERT_TRUE(clienti);
+  EXPECT_EQ(clienti->count(), h.Scalar(Sql("SELECT Count(*) FROM Anagrafica WHERE TAnag=1 AND Eliminato=0")).toInt());
+  EXPECT_EQ(clienti->findText("Lavorazioni Lamiera Conti S.a.s."), -1);
+
+  const int stampo = h.Scalar(Sql("SELECT CPrjTipo FROM ProjectsTipo WHERE Sigla='ST'")).toInt();
+  const int ore = h.Scalar(Sql("SELECT CPrjDispTipo FROM ProjectsDispTipo WHERE Sigla='LO'")).toInt();
+  const int bianchi = h.Scalar(Sql("SELECT CAnag FROM Anagrafica WHERE TAnag=1 AND RagSoc1='Carrozzeria Bianchi & Figli'")).toInt();
+  ASSERT_NE(bianchi, 0);
+  const double generale = GetDatiDisp(1, bianchi, stampo, ore).vTarH;
+  ASSERT_GT(generale, 0.0);
+  ASSERT_DOUBLE_EQ(generale, h.Scalar(Sql("SELECT TarH FROM ProjectsDispTar WHERE CPrjTipo=") + Sql::Param(stampo) +
+                                      Sql(" AND CPrjDispTipo=") + Sql::Param(ore))
+                                 .toDouble());
+
+  h.Click(dlg, "btnNuova");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.Prompts(), QStringList{"Scegli il cliente!"});
+  h.Choose(dlg, "cbCliente", "Carrozzeria Bianchi & Figli");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, "Scegli la tipologia del modello!");
+  h.Choose(dlg, "cbTipoModello", "Stampo");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, "Scegli la tipologia della disposizione!");
+  h.Choose(dlg, "cbTipoDisposizione", "Lavorazione oraria");
+  h.TypeNumber(dlg, "spTarMin", "-1");
+  h.TypeNumber(dlg, "spTarH", "39,9");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, "Le tariffe non possono essere negative!");
+  h.TypeNumber(dlg, "spTarMin", "25");
+  h.TypeNumber(dlg, "spTarMax", "24,99");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.back().prompt, "La tariffa massima non può essere inferiore alla minima!");
+  EXPECT_EQ(h.messages->asked.size(), 5u);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispTarDett")).toInt(), tariffe + 1);
+  h.TypeNumber(dlg, "spTarMin", "0");
+  h.TypeNumber(dlg, "spTarMax", "0");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.size(), 5u) << h.Prompts().join('|').toStdString();
+  auto riga = [&] {
+    return h.db->Select(Sql("SELECT TarMin, TarMax, TarH FROM ProjectsDispTarDett WHERE TAnag=1 AND CAnag=") +
+                        Sql::Param(bianchi) + Sql(" AND CPrjTipo=") + Sql::Param(stampo) + Sql(" AND CPrjDispTipo=") +
+                        Sql::Param(ore))
+        .rows;
+  };
+  auto r = riga();
+  ASSERT_EQ(r.size(), 1u);
+  EXPECT_DOUBLE_EQ(r[0][2].toDouble(), 39.9);
+  EXPECT_EQ(list->topLevelItemCount(), tariffe + 1);
+  ASSERT_TRUE(list->currentItem());
+  EXPECT_EQ(h.Texts(list->currentItem()),
+            QStringList({"Carrozzeria Bianchi & Figli", "Stampo", "Lavorazione oraria", "0,00", "0,00", "39,90"}));
+  // The customer's own tariff wins; the others keep the general one.
+  EXPECT_DOUBLE_EQ(GetDatiDisp(1, bianchi, stampo, ore).vTarH, 39.9);
+  EXPECT_DOUBLE_EQ(GetDatiDisp(1, 4, stampo, ore).vTarH, generale);
+
+  // Changed in place.
+  h.TypeNumber(dlg, "spTarH", "41");
+  h.Click(dlg, "btnSalva");
+  r = riga();
+  ASSERT_EQ(r.size(), 1u);
+  EXPECT_DOUBLE_EQ(r[0][2].toDouble(), 41.0);
+  EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM ProjectsDispTarDett WHERE TAnag=1")).toInt(), tariffe + 1);
+  EXPECT_DOUBLE_EQ(GetDatiDisp(1, bianchi, stampo, ore).vTarH, 41.0);
+
+  // The same pair for another customer is another tariff.
+  h.Click(dlg, "btnNuova");
+  h.Choose(dlg, "cbCliente", "Meccanica Ferraresi S.n.c.");
+  h.Choose(dlg, "cbTipoModello", "Stampo");
+  h.Choose(dlg, "cbTipoDisposizione", "Lavorazione oraria");
+  h.TypeNumber(dlg, "spTarH", "35");
+  h.Click(dlg, "btnSalva");
+  EXPECT_EQ(h.messages->asked.size(), 5u) << h.Prompts().join('|').toStdString();
+  EXPECT_DOUBLE_EQ(GetDatiDisp(1, 4, stampo, ore).vTarH, 35.0);
+  EXPECT_DOUBLE_EQ(GetDatiDisp(1, bianchi, stampo, ore).vTarH, 41.0);
+  EXPECT_EQ(list->topLevelItemCount(), tariffe + 2);
+
+  // Deleted after the question.
+  h.ClickItem(list, h.RowWithTexts(list, {"Carrozzeria Bianchi & Figli", "Stampo", "Lavorazione oraria"}));
+  EXPECT_EQ(clienti->currentText(), "Carrozzeria Bianchi & Figli");
+  const QString eliminare =
+      "Vuoi eliminare la tariffa «Stampo» - «Lavorazione oraria» del cliente «Carrozzeria Bianchi & Figli»?";
+  h.messages->answers.push_back(vbNo);
+  h.Click(dlg, "btnElimina");
+  EXPECT_EQ(h.messages->asked.back().prompt, eliminare);
+  EXPECT_EQ(riga().size(), 1u);
+  h.messages->answers.push_back(vbYes);
+  h.Click(dlg, "btnElimina");
+  EXPECT_EQ(h.messages->asked.back().prompt, eliminare);
+  EXPECT_EQ(riga().size(), 0u);
+  EXPECT_EQ(list->topLevelItemCount(), tariffe + 1);
+  EXPECT_DOUBLE_EQ(GetDatiDisp(1, bianchi, stampo, ore).vTarH, generale);
+  EXPECT_DOUBLE_EQ(GetDatiDisp(1, 4, stampo, ore).vTarH, 35.0);
+  // The other party type's row is untouched.
+  EXPECT_EQ(h.Scalar(Sql("SELECT TarH FROM ProjectsDispTarDett WHERE TAnag=2 AND CAnag=2")).toDouble(), 99.0);
+}
+
+TEST(Host, PriceSettingsOpenFromTheMenu) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  auto* voce = h.w->findChild<QAction*>("actImpostazioniPrezzi");
+  ASSERT_TRUE(voce);
+  EXPECT_EQ(voce->text(), "&Impostazioni prezzi...");
+  QString titolo;
+  bool impostazioni = false;
+  QObject contesto;
+  QTimer::singleShot(0, &contesto, [&] {
+    QWidget* m = QApplication::activeModalWidget();
+    if (!m) return;
+    impostazioni = qobject_cast<frmSettings*>(m) != nullptr;
+    titolo = m->windowTitle();
+    if (auto* annulla = m->findChild<QPushButton*>(QStringLiteral("CancelButton"))) annulla->click();
+    if (m->isVisible()) m->close();
+  });
+  voce->trigger();
+  EXPECT_TRUE(impostazioni);
+  EXPECT_EQ(titolo, "Impostazioni");
+  EXPECT_FALSE(QApplication::activeModalWidget());
+}
+
+TEST(Host, DispositionPricesAskForAModel) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  auto* voce = h.w->findChild<QAction*>("actPrezziDisposizioni");
+  ASSERT_TRUE(voce);
+  EXPECT_EQ(voce->text(), "&Prezzo delle disposizioni...");
+  EXPECT_TRUE(voce->isEnabled());
+  ListView* reg = h.Register();
+  ASSERT_GT(reg->Count(), 0);
+  reg->clearSelection();
+  ASSERT_EQ(reg->SelectedIndex(), -1);
+  voce->trigger();
+  ASSERT_EQ(h.messages->asked.size(), 1u);
+  EXPECT_EQ(h.messages->asked[0].prompt, "Seleziona un modello nell'elenco.");
+  EXPECT_EQ(h.messages->asked[0].buttons, vbExclamation);
+  auto* dlg = h.Find<PrezziDisposizioniDialog>(h.w.get(), "dlgPrezziDisposizioni");
+  EXPECT_FALSE(dlg && dlg->isVisible());
+}
+
+TEST(Host, DispositionPricesShowTheProposedPrice) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  // A disposition of a customer's model with time spent on it.
+  const auto scelta = h.db->Select(Sql("SELECT a.CProject, a.CDisp FROM ActivitiesProd a INNER JOIN Projects p ON "
+                                       "a.CProject=p.CProject WHERE p.TAnag=1 GROUP BY a.CProject, a.CDisp "
+                                       "ORDER BY a.CProject DESC, a.CDisp"));
+  ASSERT_FALSE(scelta.rows.empty());
+  const int cProject = scelta.rows[0][0].toInt();
+  const int cDisp = scelta.rows[0][1].toInt();
+  const double atteso = CalcDatiDisp(cProject, cDisp);
+  ASSERT_GT(atteso, 0.0);
+
+  ListView* reg = h.Register();
+  const int riga = reg->IndexOfKey(Chiave(cProject));
+  ASSERT_GE(riga, 0);
+  reg->SetSelected(riga);
+  h.w->findChild<QAction*>("actPrezziDisposizioni")->trigger();
+  EXPECT_TRUE(h.messages->asked.empty()) << h.Prompts().join('|').toStdString();
+  auto* dlg = h.Find<PrezziDisposizioniDialog>(h.w.get(), "dlgPrezziDisposizioni");
+  ASSERT_TRUE(dlg && dlg->isVisible());
+  EXPECT_EQ(dlg->windowTitle(), "Prezzo delle disposizioni");
+  EXPECT_EQ(dlg->CProject(), cProject);
+  const auto modello = h.db->Select(Sql("SELECT p.DProject, a.RagSoc1 FROM Projects p INNER JOIN Anagrafica a ON "
+                                        "p.TAnag=a.TAnag AND p.CAnag=a.CAnag WHERE p.CProject=") +
+                                    Sql::Param(cProject));
+  ASSERT_EQ(modello.rows.size(), 1u);
+  EXPECT_EQ(h.Find<QLabel>(dlg, "lblModello")->text(),
+            QStringLiteral("Modello %1-%2 - %3 (%4)")
+                .arg(cProject / 100000)
+                .arg(cProject % 100000, 5, 10, QLatin1Char('0'))
+                .arg(modello.rows[0][0].toString(), modello.rows[0][1].toString()));
+
+  // The dispositions of the model, as the list shows them.
+  auto* list = h.Find<QTreeWidget>(dlg, "lvDisposizioni");
+  const auto disp = h.db->Select(Sql("SELECT d.CDisp, d.DDisp, t.DPrjDispTipo, d.Qta, d.PzVend FROM ProjectsDisp d "
+                                     "INNER JOIN ProjectsDispTipo t ON d.CPrjDispTipo=t.CPrjDispTipo WHERE "
+                                     "d.CProject=") +
+                                 Sql::Param(cProject) + Sql(" ORDER BY d.CDisp"));
+  ASSERT_EQ(list->topLevelItemCount(), static_cast<int>(disp.rows.size()));
+  const QLocale it(QLocale::Italian, QLocale::Italy);
+  QTreeWidgetItem* mia = nullptr;
+  for (int i = 0; i < list->topLevelItemCount(); ++i) {
+    const Row& d = disp.rows[static_cast<size_t>(i)];
+    const double qta = d[3].toDouble();
+    const QString quantita = qta == std::floor(qta) ? it.toString(qta, 'f', 0) : Euro(qta);
+    EXPECT_EQ(h.Texts(list->topLevelItem(i)),
+              QStringList({QStringLiteral("%1").arg(d[0].toInt(), 3, 10, QLatin1Char('0')), d[1].toString(),
+                           d[2].toString(), quantita, Euro(d[4].toDouble())}));
+    if (d[0].toInt() == cDisp) mia = list->topLevelItem(i);
+  }
+  ASSERT_TRUE(mia);
+  auto* proposto = h.Find<QLabel>(dlg, "lblPrezzoProposto");
+  h.ClickItem(list, mia);
+  EXPECT_EQ(proposto->text(), "");
+  h.Click(dlg, "btnPrezzoProposto");
+  EXPECT_EQ(proposto->text(), "Prezzo proposto: " + Euro(atteso));
+  EXPECT_TRUE(h.messages->asked.empty()) << h.Prompts().join('|').toStdString();
+
+  // A customer's tariff of its own changes what is proposed.
+  const auto m = h.db->Select(Sql("SELECT p.CPrjTipo, d.CPrjDispTipo, p.CAnag FROM Projects p INNER JOIN ProjectsDisp "
+                                  "d ON p.CProject=d.CProject WHERE d.CProject=") +
+                              Sql::Param(cProject) + Sql(" AND d.CDisp=") + Sql::Param(cDisp));
+  ASSERT_EQ(m.rows.size(), 1u);
+  const int tipo = m.rows[0][0].toInt();
+  const int tipoDisp = m.rows[0][1].toInt();
+  const int cliente = m.rows[0][2].toInt();
+  const tyDatiDisp prima = GetDatiDisp(1, cliente, tipo, tipoDisp);
+  h.db->Execute(Sql("DELETE FROM ProjectsDispTarDett WHERE TAnag=1 AND CAnag=") + Sql::Param(cliente) +
+                Sql(" AND CPrjTipo=") + Sql::Param(tipo) + Sql(" AND CPrjDispTipo=") + Sql::Param(tipoDisp));
+  h.db->Execute(Sql("INSERT INTO ProjectsDispTarDett (CPrjTipo, CPrjDispTipo, TAnag, CAnag, TarMin, TarMax, TarH) "
+                    "VALUES (") +
+                Sql::Param(tipo) + Sql(", ") + Sql::Param(tipoDisp) + Sql(", 1, ") + Sql::Param(cliente) +
+                Sql(", 0, 0, ") + Sql::Param(prima.vTarH * 3 + 100) + Sql(")"));
+  const double dopo = CalcDatiDisp(cProject, cDisp);
+  EXPECT_GT(dopo, atteso);
+  h.Click(dlg, "btnPrezzoProposto");
+  EXPECT_EQ(proposto->text(), "Prezzo proposto: " + Euro(dopo));
+}
+
+TEST(Host, CalculatorPriceComesBackToTheDialog) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  // A disposition of a customer's model with a price of its own.
+  const auto scelta =
+      h.db->Select(Sql("SELECT d.CProject, d.CDisp, d.Qta, d.PzVend FROM ProjectsDisp d INNER JOIN Projects p ON "
+                       "d.CProject=p.CProject WHERE p.TAnag=1 AND d.PzVend>0 AND d.Qta>1 ORDER BY d.CProject, d.CDisp"));
+  ASSERT_FALSE(scelta.rows.empty());
+  const int cProject = scelta.rows[0][0].toInt();
+  const int cDisp = scelta.rows[0][1].toInt();
+  const double qta = scelta.rows[0][2].toDouble();
+  const double pzVend = scelta.rows[0][3].toDouble();
+  ListView* reg = h.Register();
+  const int riga = reg->IndexOfKey(Chiave(cProject));
+  ASSERT_GE(riga, 0);
+  reg->SetSelected(riga);
+  h.w->findChild<QAction*>("actPrezziDisposizioni")->trigger();
+  auto* dlg = h.Find<PrezziDisposizioniDialog>(h.w.get(), "dlgPrezziDisposizioni");
+  ASSERT_TRUE(dlg && dlg->isVisible());
+  auto* list = h.Find<QTreeWidget>(dlg, "lvDisposizioni");
+  h.ClickItem(list, h.RowWithTexts(list, {QStringLiteral("%1").arg(cDisp, 3, 10, QLatin1Char('0'))}));
+  ASSERT_EQ(dlg->CDispSelezionata(), cDisp);
+  auto* confermato = h.Find<QLabel>(dlg, "lblPrezzoConfermato");
+  const QString stato = h.w->statusBar()->currentMessage();
+
+  // Cancelled: nothing comes back.
+  {
+    Calcolatrice calc;
+    calc.Premi("Toolbar1_1");
+    h.Click(dlg, "btnCalcoloTariffa");
+    EXPECT_TRUE(calc.vista);
+    EXPECT_TRUE(calc.premuta);
+    EXPECT_EQ(calc.chiamante, "OCX");
+    EXPECT_EQ(calc.cProject, cProject);
+    EXPECT_EQ(calc.cDisp, cDisp);
+    EXPECT_DOUBLE_EQ(calc.qta, qta);
+    EXPECT_DOUBLE_EQ(calc.pzIni, pzVend);
+    EXPECT_EQ(calc.scheda, 1);
+  }
+  EXPECT_FALSE(QApplication::activeModalWidget() && qobject_cast<frmCalcPzVend*>(QApplication::activeModalWidget()));
+  EXPECT_EQ(confermato->text(), "");
+  EXPECT_EQ(h.w->statusBar()->currentMessage(), stato);
+  EXPECT_FALSE(dlg->InAttesa());
+  EXPECT_TRUE(h.messages->asked.empty()) << h.Prompts().join('|').toStdString();
+
+  // Confirmed: the price the calculator held comes back to the dialog and the status bar.
+  Calcolatrice calc;
+  calc.Premi("Toolbar1_3");
+  h.Click(dlg, "btnCalcoloTariffa");
+  ASSERT_TRUE(calc.vista);
+  EXPECT_TRUE(calc.premuta);
+  EXPECT_DOUBLE_EQ(calc.prezzo, pzVend);  // the price handed to the calculator goes first
+  EXPECT_TRUE(h.messages->asked.empty()) << h.Prompts().join('|').toStdString();
+  EXPECT_EQ(confermato->text(), "Prezzo confermato: " + Euro(calc.prezzo));
+  EXPECT_EQ(h.w->statusBar()->currentMessage(),
+            QStringLiteral("Prezzo confermato per la disposizione %1-%2/%3: %4")
+                .arg(cProject / 100000)
+                .arg(cProject % 100000, 5, 10, QLatin1Char('0'))
+                .arg(cDisp, 3, 10, QLatin1Char('0'))
+                .arg(Euro(calc.prezzo)));
+  EXPECT_FALSE(dlg->InAttesa());
+
+  // An amount the component sends at another time is the deferred invoice's, as before.
+  double importo = 1234.5;
+  gOcxEventS->SendDataFattDiff(importo);
+  EXPECT_EQ(h.w->statusBar()->currentMessage(), "Importo per la fattura differita ricevuto: 1.234,50");
+  EXPECT_EQ(confermato->text(), "Prezzo confermato: " + Euro(calc.prezzo));
+
+  // Another disposition starts clean.
+  if (list->topLevelItemCount() > 1) {
+    QTreeWidgetItem* altra = list->topLevelItem(list->indexOfTopLevelItem(list->currentItem()) == 0 ? 1 : 0);
+    h.ClickItem(list, altra);
+    EXPECT_EQ(confermato->text(), "");
+  }
 }
