@@ -534,3 +534,69 @@ TEST(frmDisp, QuantityTypedWithDecimalsKeepsThem) {
   EXPECT_DOUBLE_EQ(d.f.OCPzVend->Value(), 12.345);
   EXPECT_EQ(d.f.OCPzVend->text(), "12,35");
 }
+
+namespace {
+
+// A printer that keeps the sheets and says they went to paper.
+struct Carta : Stampante {
+  bool Stampa(const Documento& d) override {
+    fogli.push_back(d);
+    return true;
+  }
+  std::vector<Documento> fogli;
+};
+
+}  // namespace
+
+// "Stampa" checks the type, saves a new or changed card first, and prints the
+// sheet; the sheet once printed locks type, description and service kinds at
+// the next opening.
+TEST(frmDisp, PrintChecksSavesAndLocksTheNextOpening) {
+  TestDb t;
+  Base(t);
+  gDtIni = D(2025, 1, 1);
+  gDTEnd = D(2025, 12, 31);
+  CaricaModelli(gDtIni, gDTEnd, -1);
+  auto carta = std::make_shared<Carta>();
+  {
+    Card c(2, 0);
+    c.f.StampaScheda = carta;
+    ASSERT_TRUE(c.f.Bottone(5)->isVisible());
+    EXPECT_EQ(c.f.Bottone(5)->toolTip(), "Stampa");
+    EXPECT_TRUE(c.f.mnuPrn->isVisible());
+    c.f.Bottone(5)->trigger();  // no type yet
+    ASSERT_EQ(t.messages->asked.size(), 1u);
+    EXPECT_EQ(t.messages->asked[0].prompt, "Devi inserire una tipologia di disposizione!");
+    EXPECT_TRUE(carta->fogli.empty());
+    c.Tipo(1);
+    c.f.TBDDisp->setText("Ripristino");
+    c.f.OCUpQta->SetValue(3);
+    c.f.lvwPrest->SetChecked(0, true);
+    c.f.Bottone(5)->trigger();  // a new card is saved, then printed
+    EXPECT_EQ(c.f.CDisp, 1);
+    ASSERT_EQ(carta->fogli.size(), 1u);
+    QStringList testi;
+    for (const auto& x : carta->fogli[0].Testi(0)) testi << x.testo;
+    EXPECT_TRUE(testi.contains("2025-00001 \\ 0001"));
+    EXPECT_TRUE(testi.contains("Stampa n° 001"));
+    EXPECT_TRUE(testi.contains("Saldatura"));
+    EXPECT_EQ(t.Scalar("SELECT NStampa FROM ProjectsDisp WHERE CDisp=1").toInt(), 1);
+    // Still open on this card: the lock comes with the next opening.
+    EXPECT_TRUE(c.f.OCFrame1->isEnabled());
+  }
+  {
+    Card c(1, 1);
+    c.f.StampaScheda = carta;
+    EXPECT_FALSE(c.f.OCFrame1->isEnabled());
+    EXPECT_FALSE(c.f.lvwPrest->isEnabled());
+    c.f.TBAnnot->setPlainText("Da rifare");  // a change is saved before the second sheet
+    c.f.Bottone(5)->trigger();
+    ASSERT_EQ(carta->fogli.size(), 2u);
+    EXPECT_EQ(t.Scalar("SELECT Annot FROM ProjectsDisp WHERE CDisp=1").toString(), "Da rifare");
+    EXPECT_EQ(t.Scalar("SELECT NStampa FROM ProjectsDisp WHERE CDisp=1").toInt(), 2);
+    c.f.mnuSblocca->trigger();
+    EXPECT_TRUE(c.f.OCFrame1->isEnabled());
+    EXPECT_TRUE(c.f.lvwPrest->isEnabled());
+  }
+  EXPECT_TRUE(t.LogLines("ModStampe", "StpSchedaProd").isEmpty());
+}

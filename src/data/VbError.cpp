@@ -6,6 +6,7 @@ QString ErrorText(int number) {
   switch (number) {
     case err::InvalidProcedureCall: return QStringLiteral("Invalid procedure call or argument");
     case err::Overflow: return QStringLiteral("Overflow");
+    case err::OutOfMemory: return QStringLiteral("Out of memory");
     case err::SubscriptOutOfRange: return QStringLiteral("Subscript out of range");
     case err::DivisionByZero: return QStringLiteral("Division by zero");
     case err::TypeMismatch: return QStringLiteral("Type mismatch");

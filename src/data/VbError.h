@@ -11,6 +11,7 @@ namespace prestkt {
 namespace err {
 inline constexpr int InvalidProcedureCall = 5;  // "Invalid procedure call or argument"
 inline constexpr int Overflow = 6;              // "Overflow"
+inline constexpr int OutOfMemory = 7;           // "Out of memory"
 inline constexpr int SubscriptOutOfRange = 9;   // "Subscript out of range"
 inline constexpr int DivisionByZero = 11;       // "Division by zero"
 inline constexpr int TypeMismatch = 13;         // "Type mismatch"

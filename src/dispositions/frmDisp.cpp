@@ -10,6 +10,8 @@
 #include "ModListViewKT.h"
 #include "ModPrestKT.h"
 #include "Procedure.h"
+#include "AnteprimaStampa.h"
+#include "ModStampe.h"
 #include "ProcedureUi.h"
 #include "Schema.h"
 #include "frmDispInfo.h"
@@ -226,9 +228,6 @@ void frmDisp::Form_Load() {
     SSTab1->setCurrentIndex(0);
     SetBottoneVisibile(10, false);
     SetBottoneVisibile(11, false);
-    // The production sheet is printed from its own screen, not part of this release.
-    SetBottoneVisibile(5, false);
-    mnuPrn->setVisible(false);
   });
   g([&] { Prepara(QStringLiteral("Scheda disposizione")); });
   g([&] { IniVideo(); });
@@ -418,6 +417,13 @@ void frmDisp::EseguiComando(int n) {
     case 0: close(); break;
     case 1:
       if (Salva()) close();
+      break;
+    case 2:
+      // The sheet of a disposition that is saved and typed; unsaved changes are saved first.
+      if (!CanOpenExec()) break;
+      if (modificato_ && !Salva()) break;
+      if (!StampaScheda) StampaScheda = std::make_shared<AnteprimaStampa>(this);
+      StpSchedaProd(*StampaScheda, CProject, CDisp);
       break;
     case 3: AddProd(); break;
     case 4: EditProd(); break;

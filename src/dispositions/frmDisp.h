@@ -15,6 +15,7 @@
 #include "OCPrestKTClass.h"
 #include "Recordset.h"
 #include "Scheda.h"
+#include "Stampa.h"
 
 namespace prestkt {
 
@@ -32,6 +33,8 @@ class frmDisp : public Scheda {
   QString DProject;
   int TAnag = 0;
   int CAnag = 0;
+  // The caller's print object, where the production sheet goes; with none, a preview.
+  std::shared_ptr<Stampante> StampaScheda;
 
   // State of the card.
   RecordsetPtr rcsDett;  // this card's copy of the disposition's service kinds

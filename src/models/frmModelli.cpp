@@ -503,6 +503,7 @@ void frmModelli::ApriDisp(int azione, int cDisp) {
   f.TAnag = TAnag;
   f.CAnag = CAnag;
   f.RagSoc1 = CBCAnag->currentText();
+  f.StampaScheda = StampaScheda;
   connect(&f, &frmDisp::Reload, this, &frmModelli::fDisp_Reload, Qt::DirectConnection);
   f.Form_Load();
   f.exec();

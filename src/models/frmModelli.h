@@ -21,6 +21,7 @@
 #include "NumericSpin.h"
 #include "OCPrestKTClass.h"
 #include "Scheda.h"
+#include "Stampa.h"
 
 namespace prestkt {
 
@@ -33,6 +34,8 @@ class frmModelli : public Scheda {
   // Set by the caller before the card is shown.
   int Azione = 2;  // 1 existing, 2 new; turns to 1 at the first save
   int CProject = 0;
+  // The print object the disposition cards receive for their production sheet; with none, a preview.
+  std::shared_ptr<Stampante> StampaScheda;
 
   // State of the card.
   int TAnag = 0;
