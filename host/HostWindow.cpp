@@ -14,6 +14,7 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QTextEdit>
+#include <QTimer>
 
 #include "DemoData.h"
 #include "HostPrezzi.h"
@@ -93,6 +94,14 @@ HostWindow::~HostWindow() {
   delete prezzi_;
   delete periodo_;
   delete ctl_;
+}
+
+void HostWindow::Avvia() {
+  if (!o_.onlyInput) {
+    show();
+    return;
+  }
+  QTimer::singleShot(0, this, [this] { ctl_->ShowInput(); });
 }
 
 bool HostWindow::Open() {

@@ -38,6 +38,9 @@ class HostWindow : public QMainWindow {
   explicit HostWindow(const HostOptions& o, QWidget* parent = nullptr);
   ~HostWindow() override;
   bool Open();
+  // Shows the program: the window with the register, or in only-input mode
+  // the station alone, filling the screen; closing the station ends the program.
+  void Avvia();
   prestkt::OCPrestKT* Control() const { return ctl_; }
 
   // The host's registers and the dialog of the period, made on first use and

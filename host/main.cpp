@@ -60,12 +60,14 @@ int main(int argc, char** argv) {
   HostWindow w(o);
   if (!w.Open()) return 1;
   w.resize(1280, 760);
-  w.show();
+  w.Avvia();
   if (p.isSet(optShot)) {
     const QString file = p.value(optShot);
-    // The component shows its list once the host's layout is done; then the picture is taken.
+    // The component shows its list once the host's layout is done; then the picture is
+    // taken, of the window or, in only-input mode, of the station.
     QTimer::singleShot(800, &w, [&w, file] {
-      const bool ok = w.grab().save(file, "PNG");
+      QWidget* mostrato = QApplication::activeModalWidget() ? QApplication::activeModalWidget() : &w;
+      const bool ok = mostrato->grab().save(file, "PNG");
       std::fprintf(stderr, ok ? "saved %s\n" : "could not save %s\n", qPrintable(file));
       QApplication::exit(ok ? 0 : 2);
     });

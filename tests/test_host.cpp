@@ -179,6 +179,13 @@ struct Card {
   int anagMod = 0, anagDoc = 0, tipoMod = 0, tipoDisp = 0;
 };
 
+// The end asked of the application would end at once the next event loop
+// that starts (a later test's modal card): a loop of this test takes it.
+void AssorbiUscita() {
+  QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(0); });
+  EXPECT_EQ(QCoreApplication::exec(), 0);
+}
+
 }  // namespace
 
 TEST(Host, OpensTheComponentOnTheDemoDatabase) {
@@ -362,10 +369,7 @@ TEST(Host, ClosePrgEndsTheProgram) {
   EXPECT_TRUE(h.w->UscitaRichiesta());
   EXPECT_FALSE(h.w->isVisible());
   EXPECT_FALSE(dlg->isVisible());
-  // The end asked of the application would end at once the next event loop
-  // that starts (a later test's modal card): a loop of this test takes it.
-  QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(0); });
-  EXPECT_EQ(QCoreApplication::exec(), 0);
+  AssorbiUscita();
 }
 
 TEST(Host, PeriodAndStateReachTheComponent) {
@@ -551,6 +555,33 @@ TEST(Host, OnlyInputKeepsTheRegisterReadOnly) {
   h.Ctl()->Elimina();
   EXPECT_EQ(h.Scalar(Sql("SELECT Count(*) FROM Projects")).toInt(), modelli);
   EXPECT_TRUE(h.messages->asked.empty());
+}
+
+// With --only-input the station is the whole program: it opens filling the
+// screen, the register's window stays hidden, and closing the station with
+// Yes ends the program.
+TEST(Host, OnlyInputRunsTheStationAsTheWholeProgram) {
+  Host h(true);
+  ASSERT_TRUE(h.opened);
+  bool pieno = false;
+  QString titolo;
+  QTimer::singleShot(50, [&] {
+    QWidget* stazione = QApplication::activeModalWidget();
+    ASSERT_TRUE(stazione);
+    titolo = stazione->windowTitle();
+    pieno = stazione->windowState().testFlag(Qt::WindowFullScreen);
+    h.messages->answers = {vbYes};
+    stazione->close();
+  });
+  h.w->Avvia();
+  QTest::qWait(200);
+  EXPECT_EQ(titolo, "Inserimento prestazioni");
+  EXPECT_TRUE(pieno);
+  EXPECT_FALSE(h.w->isVisible());
+  ASSERT_EQ(h.messages->asked.size(), 1u);
+  EXPECT_EQ(h.messages->asked[0].prompt, "Vuoi chiudere il programma?");
+  EXPECT_TRUE(h.w->UscitaRichiesta());
+  AssorbiUscita();
 }
 
 TEST(Host, PartyRegisterAddsChangesAndDeletes) {

@@ -13,6 +13,7 @@
 #include "ProcedureUi.h"
 #include "CalcDatiDisp.h"
 #include "frmCalcPzVend.h"
+#include "frmInputData.h"
 #include "frmModelli.h"
 #include "frmSettings.h"
 
@@ -525,6 +526,14 @@ void OCPrestKT::ApriModello(int codice, int azione) {
   f.CProject = codice;
   f.Azione = azione;
   f.Form_Load();
+  f.exec();
+}
+
+void OCPrestKT::ShowInput() {
+  PosizionaScheda();
+  frmInputData f(window());
+  f.Form_Load();
+  if (gOnlyInput) f.setWindowState(Qt::WindowFullScreen);
   f.exec();
 }
 

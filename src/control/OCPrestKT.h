@@ -63,6 +63,8 @@ class OCPrestKT : public QWidget {
   void Elimina();
   // Opens the price settings.
   void ShowSettings();
+  // Opens the shop-floor station; with OnlyInput it fills the screen.
+  void ShowInput();
   // The proposed unit price of a disposition, with no screen.
   double CalcDatiDisp(int vCProject, int vCDisp);
   // Opens the price calculator for the host; a confirmed price comes back by GetDataForFattDiff.
