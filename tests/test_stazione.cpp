@@ -84,6 +84,18 @@ TEST(frmInputData, FaceOfTheStation) {
   EXPECT_TRUE(t.LogLines("frmInputData", "Form_Load").isEmpty());
 }
 
+// A small screen of a station still shows every button: the form asks for no
+// more than the screen it opens on (800 pixels wide here).
+TEST(frmInputData, FitsTheScreenItOpensOn) {
+  TestDb t;
+  Officina(t);
+  Stazione s;
+  const QSize schermo = s.f.screen()->availableGeometry().size();
+  ASSERT_LE(schermo.width(), 1024);
+  EXPECT_LE(s.f.minimumSizeHint().width(), schermo.width());
+  EXPECT_LE(s.f.minimumSizeHint().height(), schermo.height());
+}
+
 // The codes of a printed sheet, read off the paper, typed into the station as
 // the scanner types them, in any order and case, then two touches and a save.
 TEST(frmInputData, CodesReadOffThePrintedSheetRecordTheActivity) {

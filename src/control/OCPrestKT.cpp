@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QEvent>
 #include <QHBoxLayout>
+#include <QScreen>
 #include <QVBoxLayout>
 
 #include "Guard.h"
@@ -533,7 +534,12 @@ void OCPrestKT::ShowInput() {
   PosizionaScheda();
   frmInputData f(window());
   f.Form_Load();
-  if (gOnlyInput) f.setWindowState(Qt::WindowFullScreen);
+  if (gOnlyInput) {
+    // A station may run on a bare X session with no window manager to honour the
+    // full-screen state, so the screen's size is given as well.
+    if (QScreen* schermo = f.screen()) f.setGeometry(schermo->geometry());
+    f.setWindowState(Qt::WindowFullScreen);
+  }
   f.exec();
 }
 

@@ -60,7 +60,7 @@ void frmInputData::BuildUi() {
   const QScreen* schermo = screen() ? screen() : QGuiApplication::primaryScreen();
   const int alto = schermo ? schermo->availableGeometry().height() : 768;
   const int testo = std::max(16, alto / 40);   // pixels of the ordinary text
-  const int tasto = std::max(48, alto / 13);   // height of a touch button
+  const int tasto = std::max(36, alto / 15);   // height of a touch button
   QFont base = font();
   base.setPixelSize(testo);
   setFont(base);
@@ -68,17 +68,25 @@ void frmInputData::BuildUi() {
   grande.setPixelSize(testo * 5 / 4);
   grande.setBold(true);
 
-  Picture1 = Nome(new QLabel(this), QStringLiteral("Picture1"));
+  // The message panel: red text on white in a red box, the lines within nine tenths of it.
+  auto* pannello = new QFrame(this);
+  pannello->setFrameStyle(QFrame::Box | QFrame::Plain);
+  pannello->setLineWidth(2);
+  pannello->setAutoFillBackground(true);
+  QPalette pp = pannello->palette();
+  pp.setColor(QPalette::Window, Qt::white);
+  pp.setColor(QPalette::WindowText, Qt::red);
+  pannello->setPalette(pp);
+  pannello->setMinimumHeight(tasto * 2);
+  Picture1 = Nome(new QLabel(pannello), QStringLiteral("Picture1"));
   Picture1->setFocusPolicy(Qt::StrongFocus);
   Picture1->setAlignment(Qt::AlignCenter);
   Picture1->setWordWrap(true);
-  Picture1->setFrameShape(QFrame::Box);
-  Picture1->setAutoFillBackground(true);
-  QPalette pp = Picture1->palette();
-  pp.setColor(QPalette::Window, Qt::white);
-  pp.setColor(QPalette::WindowText, Qt::red);
   Picture1->setPalette(pp);
-  Picture1->setMinimumHeight(tasto * 2);
+  auto* righe = new QHBoxLayout(pannello);
+  righe->addStretch(1);
+  righe->addWidget(Picture1, 18);
+  righe->addStretch(1);
 
   auto* dati = new QGridLayout;
   const auto riga = [&](int r, const QString& etichetta, QLabel*& valore, const char* nome) {
@@ -130,6 +138,8 @@ void frmInputData::BuildUi() {
                      QStringLiteral("%1_%2").arg(QString::fromLatin1(bottone)).arg(i));
       b->setCheckable(true);
       b->setMinimumHeight(tasto);
+      // The style's wide minimum would push twelve buttons past a 1024-pixel screen.
+      b->setMinimumWidth(testo * 3);
       b->setFont(grande);
       b->setAutoFillBackground(true);
       g->addWidget(b, 0, i);
@@ -158,7 +168,7 @@ void frmInputData::BuildUi() {
   comandi->addWidget(cmdSave, 2);
 
   auto* v = new QVBoxLayout(this);
-  v->addWidget(Picture1);
+  v->addWidget(pannello);
   v->addLayout(dati);
   v->addLayout(giorno);
   v->addWidget(new QLabel(QStringLiteral("Ore:"), this));
@@ -446,9 +456,6 @@ void frmInputData::WriteMsg(const QString& testo) {
     QFont f(QStringLiteral("Verdana"));
     f.setPointSize(18);
     Picture1->setFont(f);
-    // The lines stay within nine tenths of the panel.
-    const int margine = Picture1->width() / 20;
-    Picture1->setContentsMargins(margine, 0, margine, 0);
     Picture1->setText(testo);
   });
 }
