@@ -3,6 +3,9 @@
 #include <QPageLayout>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
+#include <QScreen>
+
+#include <algorithm>
 
 namespace prestkt {
 
@@ -14,6 +17,12 @@ bool AnteprimaStampa::Stampa(const Documento& documento) {
   QPrintPreviewDialog anteprima(&stampante, padre_);
   anteprima.setObjectName(QStringLiteral("AnteprimaStampa"));
   anteprima.setWindowTitle(documento.Titolo());
+  // A page that can be read: most of the screen's height, a sheet's width.
+  if (const QScreen* schermo = anteprima.screen()) {
+    const QRect area = schermo->availableGeometry();
+    const int alto = area.height() * 9 / 10;
+    anteprima.resize(std::min(area.width(), alto * 4 / 5), alto);
+  }
   QObject::connect(&anteprima, &QPrintPreviewDialog::paintRequested,
                    [&documento](QPrinter* p) { documento.Disegna(*p); });
   // The preview accepts only after the user printed from it.
