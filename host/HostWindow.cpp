@@ -290,6 +290,9 @@ void HostWindow::BuildMenus() {
   strumenti->setObjectName(QStringLiteral("mnuStrumenti"));
   QAction* impostazioni = strumenti->addAction(QStringLiteral("&Impostazioni prezzi..."), ctl_, &OCPrestKT::ShowSettings);
   impostazioni->setObjectName(QStringLiteral("actImpostazioniPrezzi"));
+  // The station in a window, for the office; a shop-floor workstation runs it with --only-input.
+  QAction* stazione = strumenti->addAction(QStringLiteral("Inserimento &prestazioni..."), ctl_, &OCPrestKT::ShowInput);
+  stazione->setObjectName(QStringLiteral("actInserimentoPrestazioni"));
 }
 
 vorn::AnagraficheDialog* HostWindow::Anagrafiche() {

@@ -1315,6 +1315,31 @@ TEST(Host, PriceSettingsOpenFromTheMenu) {
   EXPECT_FALSE(QApplication::activeModalWidget());
 }
 
+TEST(Host, TheStationOpensInAWindowFromTheMenu) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  auto* voce = h.w->findChild<QAction*>("actInserimentoPrestazioni");
+  ASSERT_TRUE(voce);
+  EXPECT_EQ(voce->text(), "Inserimento &prestazioni...");
+  QString titolo;
+  bool intero = true;
+  QObject contesto;
+  QTimer::singleShot(0, &contesto, [&] {
+    QWidget* m = QApplication::activeModalWidget();
+    if (!m) return;
+    titolo = m->windowTitle();
+    intero = m->isFullScreen();
+    m->close();
+  });
+  voce->trigger();
+  EXPECT_EQ(titolo, "Inserimento prestazioni");
+  EXPECT_FALSE(intero);
+  // Closing it in the office asks nothing and leaves the host running.
+  EXPECT_TRUE(h.messages->asked.empty());
+  EXPECT_FALSE(QApplication::activeModalWidget());
+  EXPECT_FALSE(h.w->UscitaRichiesta());
+}
+
 TEST(Host, DispositionPricesAskForAModel) {
   Host h;
   ASSERT_TRUE(h.opened);
