@@ -161,11 +161,6 @@ int main(int argc, char** argv) {
   bench::Caso(
       "CalcDatiDisp", [] { return static_cast<qint64>(Round(CalcDatiDisp(kModello, 1) * 100)); }, nudo,
       "price_cents");
-  gRcsDisp.reset();
-  gRcsDispDett.reset();
-  gRcsAct.reset();
-  gRcsLavExt.reset();
-  gRcsForn.reset();
-  gDB.reset();
+  RilasciaRiferimenti();
   return 0;
 }

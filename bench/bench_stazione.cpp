@@ -166,12 +166,6 @@ int main(int argc, char** argv) {
                 .arg(nStampa.isNull() ? QStringLiteral("NULL") : nStampa.toString())
                 .arg(cProject)
                 .arg(cDisp));
-  gRcsProjects.reset();
-  gRcsDisp.reset();
-  gRcsDispDett.reset();
-  gRcsAct.reset();
-  gRcsLavExt.reset();
-  gRcsForn.reset();
-  gDB.reset();
+  RilasciaRiferimenti();
   return 0;
 }
