@@ -91,12 +91,15 @@ inline void ResetGlobals() {
   gRcsForn.reset();
 }
 
+// The database of a test, on the engine the tests run on.
+inline DatabasePtr ApriDatabaseDiProva(const QString& file) { return Database::OpenSQLite(file); }
+
 // A database of the schema in a folder of its own, made the component's database.
 class TestDb {
  public:
   explicit TestDb(bool withOnDemand = true) {
     ResetGlobals();
-    db = Database::OpenSQLite(dir.path() + QStringLiteral("/vorn.db"));
+    db = ApriDatabaseDiProva(dir.path() + QStringLiteral("/vorn.db"));
     CreaSchema(*db, withOnDemand);
     gDB = db;
     gPathDB = db->PathDB();

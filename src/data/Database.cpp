@@ -249,6 +249,10 @@ void ChiudiAllaFine() {
 
 }  // namespace
 
+namespace {
+constexpr int kAttesaOccupato = 60000;  // ms
+}  // namespace
+
 std::shared_ptr<Database> Database::OpenSQLite(const QString& file) {
   // Without TZ the C library looks at /etc/localtime again at every local
   // time conversion, and every date read is one: read the zone once instead.
@@ -278,7 +282,8 @@ std::shared_ptr<Database> Database::OpenSQLite(const QString& file) {
   const QVariant h = q.driver()->handle();
   if (!h.isValid() || qstrcmp(h.typeName(), "sqlite3*") != 0) Raise(3044);
   db->handle_ = *static_cast<sqlite3* const*>(h.data());
-  sqlite3_busy_timeout(H(db->handle_), 5000);
+  // Another workstation writing makes this one wait, not fail.
+  sqlite3_busy_timeout(H(db->handle_), kAttesaOccupato);
   db->Execute(Sql("PRAGMA journal_mode=WAL"));
   db->Execute(Sql("PRAGMA synchronous=NORMAL"));
   db->InstallFunctions();
@@ -527,9 +532,12 @@ qint64 Database::InsertMany(const QString& table, const QStringList& columns,
 }
 
 // The outermost level is the engine's transaction; the levels inside it are
-// savepoints, so that an inner level can go back alone.
+// savepoints, so that an inner level can go back alone. A transaction here is
+// always a writer's, and takes the database for writing at once: a number read
+// as the highest plus one and the row written under it are one unit that a
+// second workstation waits for, instead of interleaving or failing.
 void Database::BeginTrans() {
-  Execute(Sql(transDepth_ == 0 ? QStringLiteral("BEGIN") : QStringLiteral("SAVEPOINT L%1").arg(transDepth_)));
+  Execute(Sql(transDepth_ == 0 ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("SAVEPOINT L%1").arg(transDepth_)));
   ++transDepth_;
 }
 

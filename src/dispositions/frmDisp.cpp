@@ -479,6 +479,8 @@ bool frmDisp::Salva() {
 
 void frmDisp::SalvaDisp() {
   Guard g(kForm, QStringLiteral("SalvaDisp"));
+  // The number read and the row written are one unit, which another workstation waits for.
+  Transazione numerata(g);
   if (Azione == 2) {
     // The numbers run inside the model; a deleted last number is given again.
     g([&] { CDisp = 1; });
@@ -529,6 +531,7 @@ void frmDisp::SalvaDisp() {
   g([&] { rs->SetValue(QStringLiteral("DefPzVend"), chkDefPzVend->isChecked()); });
   g([&] { rs->SetValue(QStringLiteral("PzVend"), OCPzVend->Value()); });
   g([&] { rs->Update(); });
+  numerata.Fine();
   const QString chiave = QStringLiteral(" WHERE CProject=") + N(CProject) + QStringLiteral(" AND CDisp=") + N(CDisp);
   // The service kinds are deleted and written anew together, or not at all.
   Transazione t(g);

@@ -586,6 +586,10 @@ bool frmModelli::Salva() {
 
 void frmModelli::SalvaProject() {
   Guard g(kForm, QStringLiteral("SalvaProject"));
+  // The code read and the row written are one unit, which another workstation
+  // waits for; a row replaced under a fresh code goes only together with the
+  // writing of the new one.
+  Transazione t(g);
   if (Azione == 2) {
     // The code: year of the model's date times 100000, plus the next number of that year.
     const int anno = DTProject->date().year();
@@ -604,8 +608,6 @@ void frmModelli::SalvaProject() {
     });
   }
   RecordsetPtr rs;
-  // A row replaced under a fresh code goes only together with the writing of the new one.
-  Transazione t(g);
   g([&] { ApriRecordset(rs, QStringLiteral("SELECT * FROM Projects WHERE CProject=") + N(CProject), nullptr, dbOpenDynaset); });
   if (Azione != 2) {
     g([&] { rs->Edit(); });
