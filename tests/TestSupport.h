@@ -2,8 +2,10 @@
 // What every test needs: its own database in a temporary folder, the global
 // state reset, and a script of answers for the message service that records
 // what was asked.
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <deque>
@@ -91,8 +93,32 @@ inline void ResetGlobals() {
   gRcsForn.reset();
 }
 
-// The database of a test, on the engine the tests run on.
-inline DatabasePtr ApriDatabaseDiProva(const QString& file) { return Database::OpenSQLite(file); }
+// The engine the tests run on: SQLite files, or with PRESTKT_PG (a libpq
+// connection string) a PostgreSQL server, each test database a schema of its own.
+inline QString ServerDiProva() { return qEnvironmentVariable("PRESTKT_PG"); }
+
+// The schema on the server that stands for a test's database file.
+inline QString SchemaDiProva(const QString& file) {
+  return QStringLiteral("t_") +
+         QString::fromLatin1(
+             QCryptographicHash::hash(QFileInfo(file).absoluteFilePath().toUtf8(), QCryptographicHash::Md5)
+                 .toHex()
+                 .left(24));
+}
+
+// The database of a test. nuovo: made empty (SQLite makes a missing file by itself).
+inline DatabasePtr ApriDatabaseDiProva(const QString& file, bool nuovo = true) {
+  const QString server = ServerDiProva();
+  if (server.isEmpty()) return Database::OpenSQLite(file);
+  const QString cartella = QFileInfo(file).absolutePath();
+  const QString schema = SchemaDiProva(file);
+  if (nuovo) {
+    auto amministra = Database::OpenPostgreSQL(server, cartella);
+    amministra->Execute(Sql(QStringLiteral("DROP SCHEMA IF EXISTS %1 CASCADE").arg(schema)));
+    amministra->Execute(Sql(QStringLiteral("CREATE SCHEMA %1").arg(schema)));
+  }
+  return Database::OpenPostgreSQL(server + QStringLiteral(" options='-c search_path=%1,public'").arg(schema), cartella);
+}
 
 // A database of the schema in a folder of its own, made the component's database.
 class TestDb {
@@ -110,6 +136,12 @@ class TestDb {
   ~TestDb() {
     SetMessageService(nullptr);
     ResetGlobals();
+    if (db && db->engine() == Engine::PostgreSQL && db->IsOpen()) {
+      try {
+        db->Execute(Sql(QStringLiteral("DROP SCHEMA %1 CASCADE").arg(SchemaDiProva(dir.path() + QStringLiteral("/vorn.db")))));
+      } catch (...) {
+      }
+    }
   }
 
   void Exec(const QString& sql) { db->Execute(Sql(sql)); }

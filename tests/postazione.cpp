@@ -22,7 +22,7 @@ int main(int argc, char** argv) {
   const QString modo = QString::fromLatin1(argv[2]);
   const int quanti = QString::fromLatin1(argv[3]).toInt();
   const QString tag = QString::fromLocal8Bit(argv[4]);
-  auto db = test::ApriDatabaseDiProva(QString::fromLocal8Bit(argv[1]));
+  auto db = test::ApriDatabaseDiProva(QString::fromLocal8Bit(argv[1]), false);
   gDB = db;
   gPathDB = db->PathDB();
   // Nobody is at this workstation to answer: any question or warning counts as a failure.

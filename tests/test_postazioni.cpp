@@ -32,7 +32,7 @@ void DuePostazioni(TestDb& t, const char* modo, int quanti) {
   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
   env.insert("QT_QPA_PLATFORM", "offscreen");
   for (QProcess* p : {&a, &b}) p->setProcessEnvironment(env);
-  const QString db = t.db->Name();
+  const QString db = t.Path() + QStringLiteral("/vorn.db");
   a.start(QStringLiteral(POSTAZIONE), {db, QString::fromLatin1(modo), QString::number(quanti), "A"});
   b.start(QStringLiteral(POSTAZIONE), {db, QString::fromLatin1(modo), QString::number(quanti), "B"});
   for (QProcess* p : {&a, &b}) {

@@ -59,16 +59,22 @@ Sql operator+(Sql a, const Sql& b);
 
 enum class Engine { SQLite, PostgreSQL };
 
+class Motore;
+
 class Database {
  public:
   // Opens (and creates when missing) a SQLite database file.
   static std::shared_ptr<Database> OpenSQLite(const QString& file);
+  // Opens a database on a PostgreSQL server: conninfo is a libpq connection
+  // string or a postgresql:// URL. A server database has no folder of its own:
+  // cartella stands for it (Vorn.def, ErrLogs/).
+  static std::shared_ptr<Database> OpenPostgreSQL(const QString& conninfo, const QString& cartella);
   ~Database();
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
   Engine engine() const { return engine_; }
-  QString Name() const { return name_; }      // full name of the database file
+  QString Name() const { return name_; }      // full name of the database file, or the connection string
   QString PathDB() const { return pathDB_; }  // its folder, ending with a separator
   QSqlDatabase Connection() const;
 
@@ -102,7 +108,7 @@ class Database {
   // program every database still alive is closed this way, before the
   // connections' registry of Qt goes.
   void Close();
-  bool IsOpen() const { return handle_ != nullptr; }
+  bool IsOpen() const { return motore_ != nullptr; }
 
   QStringList TableNames() const;  // tables and views
   bool TableExists(const QString& name) const;
@@ -118,27 +124,20 @@ class Database {
 
  private:
   Database() = default;
-  void InstallFunctions();
-  struct Statement;
-  void Prepare(const Sql& sql, Statement& s, QString& text);
-  // A query already prepared, kept by its text: the lookups that run once a
-  // row with bound values reuse it. The fields' types that the statement
-  // itself tells are kept with it.
-  struct Preparata;
-  std::shared_ptr<Preparata> Preparazione(const Sql& sql);
-  void DimenticaPreparate();
-  [[noreturn]] void Failed(int rc, const QString& sql);  // counts and raises the engine's message
+  static std::shared_ptr<Database> Nuovo(Engine engine);
+  Motore& M() const;
+  const QString& Adattato(const QString& sql);
   bool EngineInTransaction() const;
 
   Engine engine_ = Engine::SQLite;
   QString connectionName_;
   QString name_;
   QString pathDB_;
-  void* handle_ = nullptr;  // the engine's native handle
+  std::unique_ptr<Motore> motore_;
   int transDepth_ = 0;
   int statements_ = 0;
   int failures_ = 0;
-  QHash<QString, std::shared_ptr<Preparata>> preparate_;
+  QHash<QString, QString> adattati_;
 };
 
 using DatabasePtr = Ref<Database>;

@@ -4,6 +4,7 @@
 
 #include "ModPrestKT.h"
 #include "Schema.h"
+#include "SqlAdapt.h"
 
 namespace prestkt {
 
@@ -46,20 +47,6 @@ bool ColumnOfField(const FieldDef& f, ColumnDef* c) {
       }
       return true;
     default: return false;
-  }
-}
-
-QString SqliteColumnType(const ColumnDef& c) {
-  switch (c.type) {
-    case dbBoolean: return QStringLiteral("YESNO");
-    case dbByte: return QStringLiteral("TINYINT");
-    case dbInteger: return QStringLiteral("SMALLINT");
-    case dbLong: return QStringLiteral("INTEGER");
-    case dbSingle: return QStringLiteral("FLOAT");
-    case dbDouble: return QStringLiteral("DOUBLE");
-    case dbDate: return QStringLiteral("DATETIME");
-    case dbMemo: return QStringLiteral("LONGTEXT COLLATE NOCASE");
-    default: return QStringLiteral("VARCHAR(%1) COLLATE NOCASE").arg(c.size);
   }
 }
 
@@ -129,12 +116,12 @@ bool ADO2DAO(const RecordsetPtr& rs, const QString& nomeTabella, bool copiaDati,
           MsgBox(QStringLiteral("ADO2DAO: Caso non previsto!"), vbOKOnly);
           continue;
         }
-        cols << Quote(c.name) + QLatin1Char(' ') + SqliteColumnType(c);
+        cols << Quote(c.name) + QLatin1Char(' ') + TipoColonna(c, db->engine());
       }
       if (!chiavi.isEmpty()) {
         QStringList k;
         for (const QString& c : chiavi) k << Quote(c);
-        cols << QStringLiteral("CONSTRAINT [PRIMARYKEY] PRIMARY KEY (%1)").arg(k.join(QStringLiteral(", ")));
+        cols << QStringLiteral("PRIMARY KEY (%1)").arg(k.join(QStringLiteral(", ")));
       }
     });
     const bool creata = g([&] {

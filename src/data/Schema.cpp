@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Database.h"
+#include "SqlAdapt.h"
 
 namespace prestkt {
 
@@ -176,28 +177,13 @@ std::vector<ViewDef> MakeViews() {
   };
 }
 
-QString SqliteType(const ColumnDef& c) {
-  switch (c.type) {
-    case dbBoolean: return QStringLiteral("YESNO");
-    case dbByte: return QStringLiteral("TINYINT");
-    case dbInteger: return QStringLiteral("SMALLINT");
-    case dbLong: return QStringLiteral("INTEGER");
-    case dbCurrency: return QStringLiteral("CURRENCY");
-    case dbSingle: return QStringLiteral("FLOAT");
-    case dbDouble: return QStringLiteral("DOUBLE");
-    case dbDate: return QStringLiteral("DATETIME");
-    case dbMemo: return QStringLiteral("LONGTEXT COLLATE NOCASE");
-    default: return QStringLiteral("VARCHAR(%1) COLLATE NOCASE").arg(c.size > 0 ? c.size : 255);
-  }
-}
-
 // Names go in brackets, the form the SQL of the system uses.
 QString Quote(const QString& name) { return QLatin1Char('[') + name + QLatin1Char(']'); }
 
-QString CreateTableSql(const TableDef& t) {
+QString CreateTableSql(const TableDef& t, Engine engine) {
   QStringList cols;
   for (const auto& c : t.columns) {
-    QString s = Quote(c.name) + QLatin1Char(' ') + SqliteType(c);
+    QString s = Quote(c.name) + QLatin1Char(' ') + TipoColonna(c, engine);
     if (!c.nullable) s += QStringLiteral(" NOT NULL");
     if (!c.defaultValue.isEmpty()) s += QStringLiteral(" DEFAULT ") + c.defaultValue;
     cols << s;
@@ -210,7 +196,7 @@ QString CreateTableSql(const TableDef& t) {
 
 void CreateTable(Database& db, const TableDef& t) {
   if (db.TableExists(t.name)) return;
-  db.Execute(Sql(CreateTableSql(t)));
+  db.Execute(Sql(CreateTableSql(t, db.engine())));
   int n = 0;
   for (const auto& idx : t.indexes) {
     QStringList cols;

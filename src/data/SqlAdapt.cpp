@@ -1,6 +1,8 @@
 #include "SqlAdapt.h"
 
 #include <QDate>
+#include <QHash>
+#include <QSet>
 #include <QRegularExpression>
 
 #include "Database.h"
@@ -131,10 +133,143 @@ int PrevSolid(const std::vector<Token>& t, int i) {
   return -1;
 }
 
+
+// Words that PostgreSQL must see bare: the statements' own words and the
+// names of types. Every other word is a name, and goes quoted.
+bool ParolaChiave(const QString& w) {
+  static const QSet<QString> parole = [] {
+    QSet<QString> s;
+    for (const char* p :
+         {"select", "from", "where", "and", "or", "not", "in", "is", "null", "as", "on", "inner", "left", "right",
+          "full", "outer", "cross", "join", "group", "by", "order", "asc", "desc", "having", "between", "like",
+          "ilike", "escape", "insert", "into", "values", "update", "set", "delete", "distinct", "union", "all",
+          "case", "when", "then", "else", "end", "exists", "limit", "offset", "create", "table", "index", "view",
+          "drop", "alter", "add", "column", "primary", "key", "default", "constraint", "unique", "references",
+          "if", "begin", "commit", "rollback", "savepoint", "release", "to", "transaction", "work", "cast",
+          "nulls", "first", "last", "timestamp", "integer", "smallint", "bigint", "real", "double", "precision",
+          "numeric", "decimal", "varchar", "char", "character", "varying", "text", "citext", "boolean", "interval",
+          "any", "some", "collate", "returning", "with", "recursive", "over", "partition", "except", "intersect",
+          "using", "natural", "lateral", "only", "of", "for", "share", "lock", "mode", "exclusive", "temp",
+          "temporary", "cascade", "restrict", "schema", "current_date", "current_timestamp", "oid", "int"})
+      s.insert(QString::fromLatin1(p));
+    return s;
+  }();
+  return parole.contains(w.toLower());
+}
+
+// The functions of the system that the engine holds under their own names.
+bool FunzioneDelSistema(const QString& w) {
+  static const QSet<QString> f = {QStringLiteral("format"), QStringLiteral("datediff"), QStringLiteral("year"),
+                                  QStringLiteral("month"), QStringLiteral("day")};
+  return f.contains(w.toLower());
+}
+
+// A name as the schema spells it: on PostgreSQL quoted names are told apart
+// by case, while the system's SQL is written without regard to it.
+QString Canonico(const QString& nome) {
+  static const QHash<QString, QStringList> nomi = [] {
+    QHash<QString, QStringList> h;
+    const auto metti = [&](const QString& n) {
+      QStringList& l = h[n.toLower()];
+      if (!l.contains(n)) l << n;
+    };
+    for (const TableDef& t : SchemaTables()) {
+      metti(t.name);
+      for (const ColumnDef& c : t.columns) metti(c.name);
+    }
+    for (const ViewDef& v : SchemaViews()) metti(v.name);
+    for (const char* f : {"Format", "DateDiff", "Year", "Month", "Day"}) metti(QString::fromLatin1(f));
+    return h;
+  }();
+  const auto it = nomi.constFind(nome.toLower());
+  if (it == nomi.constEnd() || it->contains(nome)) return nome;
+  return it->front();
+}
+
+// IIf(c, a, b) as CASE WHEN (c) THEN a ELSE b END, at every depth: the server
+// has no function that takes any two types of value.
+std::vector<Token> SenzaIIf(const std::vector<Token>& t) {
+  std::vector<Token> out;
+  const int n = static_cast<int>(t.size());
+  for (int i = 0; i < n; ++i) {
+    const int open = i + 1 < n ? NextSolid(t, i + 1) : -1;
+    if (!(t[i].kind == Tok::Word && Is(t[i], "iif") && open > 0 && t[open].text == QLatin1String("("))) {
+      out.push_back(t[i]);
+      continue;
+    }
+    // The three arguments, split at the commas of this level.
+    std::vector<std::vector<Token>> arg(1);
+    int depth = 0, j = open + 1;
+    for (; j < n; ++j) {
+      const Token& k = t[j];
+      if (k.kind == Tok::Punct && k.text == QLatin1String("(")) ++depth;
+      if (k.kind == Tok::Punct && k.text == QLatin1String(")")) {
+        if (depth == 0) break;
+        --depth;
+      }
+      if (depth == 0 && k.kind == Tok::Punct && k.text == QLatin1String(",")) {
+        arg.emplace_back();
+        continue;
+      }
+      arg.back().push_back(k);
+    }
+    if (arg.size() != 3 || j >= n) {
+      out.push_back(t[i]);
+      continue;
+    }
+    const auto parola = [&](const char* w) {
+      out.push_back({Tok::Space, QStringLiteral(" ")});
+      out.push_back({Tok::Word, QString::fromLatin1(w)});
+      out.push_back({Tok::Space, QStringLiteral(" ")});
+    };
+    parola("CASE");
+    parola("WHEN");
+    out.push_back({Tok::Punct, QStringLiteral("(")});
+    for (const Token& k : SenzaIIf(arg[0])) out.push_back(k);
+    out.push_back({Tok::Punct, QStringLiteral(")")});
+    parola("THEN");
+    for (const Token& k : SenzaIIf(arg[1])) out.push_back(k);
+    parola("ELSE");
+    for (const Token& k : SenzaIIf(arg[2])) out.push_back(k);
+    parola("END");
+    i = j;
+  }
+  return out;
+}
+
 }  // namespace
 
+QString TipoColonna(const ColumnDef& c, Engine engine) {
+  const bool pg = engine == Engine::PostgreSQL;
+  switch (c.type) {
+    case dbBoolean: return pg ? QStringLiteral("SMALLINT") : QStringLiteral("YESNO");
+    case dbByte: return pg ? QStringLiteral("SMALLINT") : QStringLiteral("TINYINT");
+    case dbInteger: return QStringLiteral("SMALLINT");
+    case dbLong: return QStringLiteral("INTEGER");
+    case dbCurrency: return pg ? QStringLiteral("DOUBLE PRECISION") : QStringLiteral("CURRENCY");
+    case dbSingle: return pg ? QStringLiteral("DOUBLE PRECISION") : QStringLiteral("FLOAT");
+    case dbDouble: return pg ? QStringLiteral("DOUBLE PRECISION") : QStringLiteral("DOUBLE");
+    case dbDate: return pg ? QStringLiteral("TIMESTAMP") : QStringLiteral("DATETIME");
+    // Texts compare without regard to case on both engines.
+    case dbMemo: return pg ? QStringLiteral("CITEXT") : QStringLiteral("LONGTEXT COLLATE NOCASE");
+    default:
+      return pg ? QStringLiteral("CITEXT")
+                : QStringLiteral("VARCHAR(%1) COLLATE NOCASE").arg(c.size > 0 ? c.size : 255);
+  }
+}
+
 QString AdattaSql(const QString& sql, const Database& db) {
-  const std::vector<Token> t = Tokenize(sql);
+  const bool pg = db.engine() == Engine::PostgreSQL;
+  const std::vector<Token> t = pg ? SenzaIIf(Tokenize(sql)) : Tokenize(sql);
+  int parametro = 0;
+  // ORDER BY on PostgreSQL: Nulls come where SQLite puts them, first going up and last going down.
+  int ordine = -1, profondita = 0;
+  bool discendente = false;
+  const auto chiudiVoce = [&](QString& out) {
+    if (ordine < 0) return;
+    out += discendente ? QStringLiteral(" NULLS LAST") : QStringLiteral(" NULLS FIRST");
+    discendente = false;
+  };
   QString out;
   out.reserve(sql.size() + 16);
   const int n = static_cast<int>(t.size());
@@ -154,14 +289,39 @@ QString AdattaSql(const QString& sql, const Database& db) {
         continue;
       }
     }
+    if (pg && ordine >= 0) {
+      // The end of an item of ORDER BY: a comma of its level, the bracket that
+      // closes it, or the words that follow it.
+      const bool fine =
+          (k.kind == Tok::Punct && ((k.text == QLatin1String(",") && profondita == ordine) ||
+                                    (k.text == QLatin1String(")") && profondita == ordine) || k.text == QLatin1String(";"))) ||
+          (profondita == ordine && (Is(k, "limit") || Is(k, "offset") || Is(k, "union")));
+      if (fine) {
+        chiudiVoce(out);
+        if (k.text != QLatin1String(",")) ordine = -1;
+      } else if (Is(k, "desc")) {
+        discendente = true;
+      }
+    }
+    if (k.kind == Tok::Punct && k.text == QLatin1String("(")) ++profondita;
+    if (k.kind == Tok::Punct && k.text == QLatin1String(")")) --profondita;
+    if (pg && Is(k, "by")) {
+      const int p = PrevSolid(t, i - 1);
+      if (p >= 0 && Is(t[p], "order")) {
+        ordine = profondita;
+        discendente = false;
+      }
+    }
     switch (k.kind) {
       case Tok::Space:
       case Tok::Number:
-      case Tok::Param:
         out += k.text;
         break;
+      case Tok::Param:
+        out += pg ? QStringLiteral("$%1").arg(++parametro) : k.text;
+        break;
       case Tok::Ident:
-        out += QuoteIdent(k.text);
+        out += QuoteIdent(pg ? Canonico(k.text) : k.text);
         break;
       case Tok::Date: {
         const QDateTime d = JetDate(k.text);
@@ -217,13 +377,23 @@ QString AdattaSql(const QString& sql, const Database& db) {
           out += QStringLiteral("-1");
         } else if (Is(k, "false")) {
           out += QStringLiteral("0");
-        } else {
+        } else if (!pg) {
           out += k.text;
+        } else if (Is(k, "like")) {
+          out += QStringLiteral("ILIKE");  // as SQLite's, blind to case
+        } else if (ParolaChiave(k.text)) {
+          out += k.text;
+        } else {
+          const int dopo = NextSolid(t, i + 1);
+          const bool chiamata = dopo > 0 && t[dopo].text == QLatin1String("(");
+          if (chiamata && !FunzioneDelSistema(k.text)) out += k.text;  // the engine's own function
+          else out += QuoteIdent(Canonico(k.text));
         }
         break;
       }
     }
   }
+  if (pg && ordine >= 0) chiudiVoce(out);
   // A closing semicolon is allowed by the old engine and harmless here; nothing to do.
   return out;
 }

@@ -9,8 +9,12 @@
 namespace prestkt {
 
 class Database;
+struct ColumnDef;
+enum class Engine;
 
 QString AdattaSql(const QString& sql, const Database& db);
+// The engine's type of a column of the schema.
+QString TipoColonna(const ColumnDef& c, Engine engine);
 
 // The expressions of the select list of a SELECT, split at its top-level commas.
 QStringList SelectExpressions(const QString& sql);

@@ -1,0 +1,41 @@
+#pragma once
+// What a Database asks of the engine under it. The SQL handed over is already
+// the engine's own (see AdattaSql); values go and come as QVariants, dates as
+// QDateTime, a YesNo as -1/0. Every failure raises VbError with the engine's
+// message and the statement.
+#include <QDateTime>
+#include <functional>
+#include <memory>
+
+#include "Database.h"
+
+namespace prestkt {
+
+class Motore {
+ public:
+  virtual ~Motore() = default;
+  virtual Database::Result Select(const QString& testo, const QVariantList& valori) = 0;
+  virtual int Execute(const QString& testo, const QVariantList& valori) = 0;  // rows changed
+  // One INSERT prepared once and run for every row next gives.
+  virtual qint64 InsertMany(const QString& table, const QStringList& columns,
+                            const std::function<bool(Row&)>& next) = 0;
+  // The statements that open a writer's transaction: the database is taken
+  // for writing at once, and a second writer waits for it.
+  virtual QStringList InizioScrittura() const = 0;
+  virtual bool InTransazione() const = 0;
+  virtual QStringList TableNames() = 0;  // tables and views
+  virtual bool IsTable(const QString& name) = 0;
+  virtual QStringList KeyOf(const QString& table) = 0;  // primary key, for tables outside the schema
+  virtual QString DateLiteral(const QDateTime& d) const = 0;
+  virtual void DimenticaPreparate() = 0;  // after a change of the tables' shape
+  virtual void Chiudi() = 0;
+};
+
+// The field of a recordset that mirrors a database field of that type.
+FieldDef FieldOfDao(const QString& name, int daoType, int size);
+
+std::unique_ptr<Motore> MotoreSqlite(void* handle);
+// conninfo: a libpq connection string or URL.
+std::unique_ptr<Motore> MotorePostgres(const QString& conninfo);
+
+}  // namespace prestkt
