@@ -149,6 +149,41 @@ class TestDb {
     const auto r = db->Select(Sql(sql));
     return r.rows.empty() ? QVariant() : r.rows.front().front();
   }
+  // The values of the first column of a query's rows, in its order, joined by commas.
+  QString Elenco(const QString& sql) {
+    QStringList valori;
+    for (const Row& r : db->Select(Sql(sql)).rows) valori << r.front().toString();
+    return valori.join(QLatin1Char(','));
+  }
+  bool SuPostgres() const { return db && db->engine() == Engine::PostgreSQL; }
+  // A database that cannot grow: SQLite held at its pages, PostgreSQL's writes
+  // into the table refused as its full disk refuses them.
+  void DatabasePieno(const QString& tabella) {
+    if (SuPostgres()) RifiutaScritture(tabella);
+    else Exec(QStringLiteral("PRAGMA max_page_count=%1").arg(Scalar(QStringLiteral("PRAGMA page_count")).toInt()));
+  }
+  // The rows written into a table refused as on a full disk, and then accepted again.
+  void RifiutaScritture(const QString& tabella) {
+    if (!SuPostgres()) {
+      Exec(QStringLiteral("CREATE TRIGGER pieno BEFORE INSERT ON %1 BEGIN SELECT RAISE(ABORT, "
+                          "'database or disk is full'); END")
+               .arg(tabella));
+      return;
+    }
+    db->ExecuteNativo(QStringLiteral("CREATE OR REPLACE FUNCTION pieno() RETURNS trigger LANGUAGE plpgsql AS "
+                                     "'BEGIN RAISE EXCEPTION ''could not extend file: No space left on device'' "
+                                     "USING ERRCODE = ''disk_full''; END'"));
+    db->ExecuteNativo(QStringLiteral("CREATE TRIGGER pieno BEFORE INSERT OR UPDATE ON \"%1\" FOR EACH ROW EXECUTE "
+                                     "FUNCTION pieno()")
+                          .arg(tabella));
+  }
+  void AccettaScritture(const QString& tabella) {
+    if (SuPostgres()) db->ExecuteNativo(QStringLiteral("DROP TRIGGER pieno ON \"%1\"").arg(tabella));
+    else Exec(QStringLiteral("DROP TRIGGER pieno"));
+  }
+  QString MessaggioPieno() const {
+    return SuPostgres() ? QStringLiteral("No space left on device") : QStringLiteral("database or disk is full");
+  }
   QString Path() const { return dir.path(); }
   // The lines of a log file of the error log for today.
   QStringList LogLines(const QString& modulo, const QString& procedura) const {

@@ -4,8 +4,11 @@
 #include <QLocale>
 #include <gtest/gtest.h>
 
+#include "ArgomentiProva.h"
+
 int main(int argc, char** argv) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
+  prestkt::test::LeggiArgomentiProva(argc, argv);
   QGuiApplication app(argc, argv);
   ::testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();

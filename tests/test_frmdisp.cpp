@@ -195,7 +195,9 @@ TEST(frmDisp, ClosedCardHidesTheActivityButtonsAtOnce) {
   c.f.DTEnd->setDate(QDate(2025, 3, 31));
   ASSERT_TRUE(c.f.Salva());
   EXPECT_EQ(t.Scalar("SELECT CStato FROM ProjectsDisp").toInt(), 9);
-  EXPECT_EQ(t.Scalar("SELECT typeof(DtEnd) || DtEnd FROM ProjectsDisp").toString(), "text2025-03-31 00:00:00");
+  EXPECT_EQ(t.Scalar("SELECT DtEnd FROM ProjectsDisp").toDateTime(), D(2025, 3, 31));
+  if (!t.SuPostgres())
+    EXPECT_EQ(t.Scalar("SELECT typeof(DtEnd) || DtEnd FROM ProjectsDisp").toString(), "text2025-03-31 00:00:00");
   // The description stays editable until the card is opened again.
   EXPECT_TRUE(c.f.OCFrame1->isEnabled());
   Card r(1, 1);
@@ -435,9 +437,8 @@ TEST(frmDisp, ServiceKindsOfAnotherDispositionOfTheModelStayOffTheCard) {
          "(202500001, 1, 'Prima', 1, '2025-02-01 00:00:00', 1, 0), "
          "(202500001, 2, 'Seconda', 1, '2025-02-02 00:00:00', 1, 0)");
   t.Exec("INSERT INTO ProjectsDispDett (CProject, CDisp, CPrestazione) VALUES (202500001, 1, 1), (202500001, 2, 2)");
-  const QString prima = "SELECT group_concat(CDisp || ':' || CPrestazione, ',') FROM "
-                        "(SELECT CDisp, CPrestazione FROM ProjectsDispDett ORDER BY CDisp, CPrestazione)";
-  const QString attese = t.Scalar(prima).toString();
+  const QString prima = "SELECT CDisp & ':' & CPrestazione FROM ProjectsDispDett ORDER BY CDisp, CPrestazione";
+  const QString attese = t.Elenco(prima);
   ASSERT_EQ(attese, "1:1,2:2");
   for (int cDisp : {1, 2}) {
     Card c(1, cDisp);
@@ -448,7 +449,7 @@ TEST(frmDisp, ServiceKindsOfAnotherDispositionOfTheModelStayOffTheCard) {
     EXPECT_EQ(c.f.lvwPrest->Checked(1), cDisp == 2) << "disposition " << cDisp;
     EXPECT_EQ(c.f.rcsDett->RecordCount(), 1);
     ASSERT_TRUE(c.f.Salva());
-    EXPECT_EQ(t.Scalar(prima).toString(), attese) << "after saving disposition " << cDisp;
+    EXPECT_EQ(t.Elenco(prima), attese) << "after saving disposition " << cDisp;
   }
 }
 
@@ -460,23 +461,21 @@ TEST(frmDisp, FailedWriteOfTheServiceKindsKeepsTheOldOnes) {
   t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp, CPrjDispTipo, Data, Qta, CStato) VALUES "
          "(202500001, 1, 'Prima', 1, '2025-02-01 00:00:00', 1, 0)");
   t.Exec("INSERT INTO ProjectsDispDett (CProject, CDisp, CPrestazione) VALUES (202500001, 1, 1)");
-  t.Exec("CREATE TRIGGER pieno BEFORE INSERT ON ProjectsDispDett BEGIN SELECT RAISE(ABORT, 'database or disk is full'); END");
+  t.RifiutaScritture("ProjectsDispDett");
   Card c(1, 1);
   ASSERT_EQ(c.f.lvwPrest->Count(), 2);
   c.f.lvwPrest->SetChecked(1, true);  // Tornitura as well
   EXPECT_TRUE(c.f.Salva());           // the user sees nothing of the failure
-  EXPECT_EQ(t.Scalar("SELECT group_concat(CPrestazione) FROM ProjectsDispDett WHERE CDisp=1").toString(), "1");
+  EXPECT_EQ(t.Elenco("SELECT CPrestazione FROM ProjectsDispDett WHERE CDisp=1"), "1");
   const QStringList log = t.LogLines("frmDisp", "SalvaDisp");
   ASSERT_FALSE(log.isEmpty());
-  EXPECT_TRUE(log[0].contains("database or disk is full")) << log[0].toStdString();
+  EXPECT_TRUE(log[0].contains(t.MessaggioPieno())) << log[0].toStdString();
   EXPECT_EQ(t.db->TransactionDepth(), 0);
-  t.Exec("DROP TRIGGER pieno");
+  t.AccettaScritture("ProjectsDispDett");
   Card d(1, 1);
   d.f.lvwPrest->SetChecked(1, true);
   EXPECT_TRUE(d.f.Salva());
-  EXPECT_EQ(t.Scalar("SELECT group_concat(CPrestazione) FROM "
-                     "(SELECT CPrestazione FROM ProjectsDispDett WHERE CDisp=1 ORDER BY CPrestazione)").toString(),
-            "1,2");
+  EXPECT_EQ(t.Elenco("SELECT CPrestazione FROM ProjectsDispDett WHERE CDisp=1 ORDER BY CPrestazione"), "1,2");
 }
 
 // The description takes no more than its column's 255 characters, typed or

@@ -608,7 +608,7 @@ TEST(frmModelli, FailedSaveOfAReplacedRowKeepsTheOldRow) {
   // Dated 2024 but numbered as the next code of 2025: the new model of 2025 takes its code.
   t.Exec("INSERT INTO Projects (CProject, DProject, CPrjTipo, TAnag, CAnag, DtIni, Stato, Qta) VALUES "
          "(202500002, 'Fuori posto', 1, 1, 2, '2024-12-31 00:00:00', 0, 3)");
-  t.Exec("CREATE TRIGGER pieno BEFORE INSERT ON Projects BEGIN SELECT RAISE(ABORT, 'database or disk is full'); END");
+  t.RifiutaScritture("Projects");
   Nuova n;
   n.Compila("Nuovo 2025", 1, 1, QDate(2025, 6, 1));
   EXPECT_TRUE(n.f.Salva());  // the user sees nothing of the failure
@@ -616,10 +616,10 @@ TEST(frmModelli, FailedSaveOfAReplacedRowKeepsTheOldRow) {
   EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202500002").toString(), "Fuori posto");
   const QStringList log = t.LogLines("frmModelli", "SalvaProject");
   ASSERT_FALSE(log.isEmpty());
-  EXPECT_TRUE(log[0].contains("database or disk is full")) << log[0].toStdString();
+  EXPECT_TRUE(log[0].contains(t.MessaggioPieno())) << log[0].toStdString();
   EXPECT_EQ(t.db->TransactionDepth(), 0);
   // Without the failure the same save replaces the row.
-  t.Exec("DROP TRIGGER pieno");
+  t.AccettaScritture("Projects");
   Nuova m;
   m.Compila("Nuovo 2025", 1, 1, QDate(2025, 6, 1));
   EXPECT_TRUE(m.f.Salva());

@@ -228,6 +228,8 @@ TEST(CaricaDatiModello, DispositionNotesLongerThanTheMemoFieldKeepEveryDispositi
 // and the disposition stays in the working set.
 TEST(CaricaDatiModello, StoredNumberBeyondTheIntegerRangeIsAFailedConversion) {
   TestDb t;
+  // Only a file written by another program holds such a value in a small-integer column.
+  if (t.SuPostgres()) GTEST_SKIP() << "a PostgreSQL smallint column cannot hold 1e54";
   Registro(t);
   t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp, NStampa) VALUES (202500001, 1, 'A', 1e54), "
          "(202500001, 2, 'B', 3), (202500001, 3, 'C', -9.3e18)");

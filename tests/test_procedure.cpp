@@ -33,23 +33,58 @@ void Models(TestDb& t) {
 
 TEST(SqlAdapt, OldDialectBecomesTheEngines) {
   TestDb t;
+  const bool pg = t.db->engine() == Engine::PostgreSQL;
+  // On PostgreSQL every name goes quoted, spelled as the schema spells it.
+  const auto atteso = [&](const char* sqlite, const char* postgres) {
+    return QString::fromUtf8(pg ? postgres : sqlite);
+  };
   EXPECT_EQ(t.db->Adapt("SELECT [Doc:Forniture].NDoc FROM [Doc:Forniture]"),
-            "SELECT \"Doc:Forniture\".NDoc FROM \"Doc:Forniture\"");
+            atteso("SELECT \"Doc:Forniture\".NDoc FROM \"Doc:Forniture\"",
+                   "SELECT \"Doc:Forniture\".\"NDoc\" FROM \"Doc:Forniture\""));
   EXPECT_EQ(t.db->Adapt("Format([ActivitiesProd]![DtIni],\"dd/mm/yyyy\")"),
-            "Format(\"ActivitiesProd\".\"DtIni\",'dd/mm/yyyy')");
-  EXPECT_EQ(t.db->Adapt("DELETE * FROM Projects WHERE CProject=1"), "DELETE FROM Projects WHERE CProject=1");
+            atteso("Format(\"ActivitiesProd\".\"DtIni\",'dd/mm/yyyy')",
+                   "\"Format\"(\"ActivitiesProd\".\"DtIni\",'dd/mm/yyyy')"));
+  EXPECT_EQ(t.db->Adapt("DELETE * FROM Projects WHERE CProject=1"),
+            atteso("DELETE FROM Projects WHERE CProject=1", "DELETE FROM \"Projects\" WHERE \"CProject\"=1"));
   EXPECT_EQ(t.db->Adapt("DELETE ActivitiesProd.CAttivita FROM ActivitiesProd WHERE (((ActivitiesProd.CAttivita)=5))"),
-            "DELETE FROM ActivitiesProd WHERE (((ActivitiesProd.CAttivita)=5))");
+            atteso("DELETE FROM ActivitiesProd WHERE (((ActivitiesProd.CAttivita)=5))",
+                   "DELETE FROM \"ActivitiesProd\" WHERE (((\"ActivitiesProd\".\"CAttivita\")=5))"));
   EXPECT_EQ(t.db->Adapt("WHERE DtIni Between #01/31/2025# And #12/31/2025 23:59:00#"),
-            "WHERE DtIni Between '2025-01-31 00:00:00' And '2025-12-31 23:59:00'");
-  EXPECT_EQ(t.db->Adapt("WHERE DArt Like \"*Lavor?\""), "WHERE DArt Like '%Lavor_'");
+            atteso("WHERE DtIni Between '2025-01-31 00:00:00' And '2025-12-31 23:59:00'",
+                   "WHERE \"DtIni\" Between TIMESTAMP '2025-01-31 00:00:00' And TIMESTAMP '2025-12-31 23:59:00'"));
+  EXPECT_EQ(t.db->Adapt("WHERE DArt Like \"*Lavor?\""),
+            atteso("WHERE DArt Like '%Lavor_'", "WHERE \"DArt\" ILIKE '%Lavor_'"));
   EXPECT_EQ(t.db->Adapt("UPDATE Projects SET Projects.Stato = 9 WHERE (((Projects.CProject)=1)); "),
-            "UPDATE Projects SET Stato = 9 WHERE (((Projects.CProject)=1)); ");
+            atteso("UPDATE Projects SET Stato = 9 WHERE (((Projects.CProject)=1)); ",
+                   "UPDATE \"Projects\" SET \"Stato\" = 9 WHERE (((\"Projects\".\"CProject\")=1)); "));
   EXPECT_EQ(t.db->Adapt("UPDATE DocDett SET DocDett.PzVend = 2, [DocDett].[PzVendP] = 2 WHERE DocDett.Riga=1"),
-            "UPDATE DocDett SET PzVend = 2, \"PzVendP\" = 2 WHERE DocDett.Riga=1");
-  EXPECT_EQ(t.db->Adapt("SELECT \"It's\" AS X"), "SELECT 'It''s' AS X");
+            atteso("UPDATE DocDett SET PzVend = 2, \"PzVendP\" = 2 WHERE DocDett.Riga=1",
+                   "UPDATE \"DocDett\" SET \"PzVend\" = 2, \"PzVendP\" = 2 WHERE \"DocDett\".\"Riga\"=1"));
+  EXPECT_EQ(t.db->Adapt("SELECT \"It's\" AS X"), atteso("SELECT 'It''s' AS X", "SELECT 'It''s' AS \"X\""));
   const QString oggi = t.db->DateLiteral(Today().addDays(-1000));
-  EXPECT_EQ(t.db->Adapt("WHERE ((Doc.Data)>Date()-1000)"), "WHERE ((Doc.Data)>" + oggi + ")");
+  EXPECT_EQ(t.db->Adapt("WHERE ((Doc.Data)>Date()-1000)"),
+            atteso("WHERE ((Doc.Data)>", "WHERE ((\"Doc\".\"Data\")>") + oggi + ")");
+}
+
+// What only PostgreSQL needs: numbered values, IIf as CASE, the schema's
+// spelling of a name written in another case, the engine's own functions left
+// bare, and Nulls where SQLite puts them in an order.
+TEST(SqlAdapt, PostgreSQLsOwnForms) {
+  TestDb t;
+  if (t.db->engine() != Engine::PostgreSQL) GTEST_SKIP() << "for PostgreSQL";
+  EXPECT_EQ(t.db->Adapt("SELECT cproject FROM projects WHERE DProject=? AND CAnag=?"),
+            "SELECT \"CProject\" FROM \"Projects\" WHERE \"DProject\"=$1 AND \"CAnag\"=$2");
+  EXPECT_EQ(t.db->Adapt("SELECT IIf([Doc]![TipoDoc]=5,\"D\",IIf(X>1,\"F\",\"G\")) AS T"),
+            "SELECT  CASE  WHEN (\"Doc\".\"TipoDoc\"=5) THEN 'D' ELSE  CASE  WHEN (\"X\">1) THEN 'F' ELSE 'G' END "
+            " END  AS \"T\"");
+  EXPECT_EQ(t.db->Adapt("SELECT Count(*), Max(CAttivita) FROM ActivitiesProd"),
+            "SELECT Count(*), Max(\"CAttivita\") FROM \"ActivitiesProd\"");
+  EXPECT_EQ(t.db->Adapt("SELECT * FROM Doc ORDER BY Data DESC, NDoc"),
+            "SELECT * FROM \"Doc\" ORDER BY \"Data\" DESC NULLS LAST, \"NDoc\" NULLS FIRST");
+  EXPECT_EQ(t.db->Adapt("SELECT (SELECT Max(Riga) FROM DocDett ORDER BY Riga) AS R FROM Doc ORDER BY NDoc;"),
+            "SELECT (SELECT Max(\"Riga\") FROM \"DocDett\" ORDER BY \"Riga\" NULLS FIRST) AS \"R\" FROM \"Doc\" "
+            "ORDER BY \"NDoc\" NULLS FIRST;");
+  EXPECT_EQ(t.db->Adapt("INSERT INTO AnagTipo (TAnag) VALUES (1)"), "INSERT INTO \"AnagTipo\" (\"TAnag\") VALUES (1)");
 }
 
 TEST(SqlAdapt, FunctionsOfTheSystemRunInTheEngine) {
@@ -127,7 +162,10 @@ TEST(ApriRecordset, DynasetWritesToItsTable) {
   rs->Update();
   // Stato was never written: the table's default gives 0.
   EXPECT_EQ(t.Scalar("SELECT Stato FROM Projects WHERE CProject=202600001").toInt(), 0);
-  EXPECT_EQ(t.Scalar("SELECT typeof(DtIni) || ':' || DtIni FROM Projects WHERE CProject=202600001").toString(),
+  if (t.db->engine() == Engine::PostgreSQL)
+    EXPECT_EQ(t.Scalar("SELECT pg_typeof(DtIni) || ':' || DtIni FROM Projects WHERE CProject=202600001").toString(),
+              "timestamp without time zone:2026-01-05 00:00:00");
+  else EXPECT_EQ(t.Scalar("SELECT typeof(DtIni) || ':' || DtIni FROM Projects WHERE CProject=202600001").toString(),
             "text:2026-01-05 00:00:00");
 
   ApriRecordset(rs, "SELECT * FROM Projects WHERE CProject=202500001", nullptr, dbOpenDynaset);
@@ -156,8 +194,10 @@ TEST(QueryExe, FailingStatementCommitsAnEmptyTransactionAndLogs) {
   EXPECT_EQ(r, "");
   EXPECT_EQ(t.db->TransactionDepth(), 0);
   const QStringList lines = t.LogLines("Procedure", "QueryExe");
-  ASSERT_EQ(lines.size(), 1);
-  EXPECT_TRUE(lines.at(0).contains(" - QueryExe: no such table: Nowhere")) << lines.at(0).toStdString();
+  ASSERT_EQ(lines.size(), 1) << lines.join('\n').toStdString();
+  EXPECT_TRUE(lines.at(0).contains(t.SuPostgres() ? " - QueryExe: relation \"Nowhere\" does not exist"
+                                                  : " - QueryExe: no such table: Nowhere"))
+      << lines.at(0).toStdString();
   EXPECT_TRUE(lines.at(0).endsWith("(3078)")) << lines.at(0).toStdString();
   // The engine is free again: a later statement works.
   QueryExe("INSERT INTO AnagTipo (TAnag, Descrizione) VALUES (1, 'Clienti')");
@@ -175,7 +215,7 @@ TEST(Transactions, InnerRollbackLeavesTheOuterLevel) {
   EXPECT_EQ(t.db->TransactionDepth(), 1);
   t.db->CommitTrans();
   EXPECT_EQ(t.db->TransactionDepth(), 0);
-  EXPECT_EQ(t.Scalar("SELECT group_concat(Descrizione) FROM AnagTipo").toString(), "Clienti");
+  EXPECT_EQ(t.Elenco("SELECT Descrizione FROM AnagTipo"), "Clienti");
 }
 
 // A statement the engine refuses in the middle of a Transazione takes the
@@ -190,7 +230,7 @@ TEST(Transazione, AFailedStatementTakesBackEverythingSinceTheStart) {
     QueryExe("INSERT INTO AnagTipo (TAnag, Descrizione) VALUES (1, 'Nuovi'), (1, 'Doppi')");  // key repeated
     EXPECT_FALSE(tr.Fine());
   }
-  EXPECT_EQ(t.Scalar("SELECT group_concat(Descrizione) FROM AnagTipo").toString(), "Clienti");
+  EXPECT_EQ(t.Elenco("SELECT Descrizione FROM AnagTipo"), "Clienti");
   EXPECT_EQ(t.LogLines("Procedure", "QueryExe").size(), 1);
   {
     Transazione tr(g);
@@ -198,7 +238,7 @@ TEST(Transazione, AFailedStatementTakesBackEverythingSinceTheStart) {
     QueryExe("INSERT INTO AnagTipo (TAnag, Descrizione) VALUES (1, 'Nuovi')");
     EXPECT_TRUE(tr.Fine());
   }
-  EXPECT_EQ(t.Scalar("SELECT group_concat(Descrizione) FROM AnagTipo").toString(), "Nuovi");
+  EXPECT_EQ(t.Elenco("SELECT Descrizione FROM AnagTipo"), "Nuovi");
   EXPECT_EQ(t.db->TransactionDepth(), 0);
 }
 
@@ -209,11 +249,11 @@ TEST(QueryExe, DatabaseThatCannotGrowLogsTheEnginesMessageOnce) {
   TestDb t;
   t.Exec("INSERT INTO Projects (CProject, DProject, CPrjTipo, TAnag, CAnag, DtIni) VALUES "
          "(202500001, 'Stampo', 1, 1, 1, '2025-01-10 00:00:00')");
-  t.Exec(QString("PRAGMA max_page_count=%1").arg(t.Scalar("PRAGMA page_count").toInt()));
+  t.DatabasePieno("Projects");
   QueryExe(Sql("UPDATE Projects SET Annot=") + Sql::Param(QString(200000, 'a')));
   const QStringList lines = t.LogLines("Procedure", "QueryExe");
   ASSERT_EQ(lines.size(), 1);
-  EXPECT_TRUE(lines[0].contains("database or disk is full")) << lines[0].toStdString();
+  EXPECT_TRUE(lines[0].contains(t.MessaggioPieno())) << lines[0].toStdString();
   EXPECT_EQ(t.db->TransactionDepth(), 0);
   EXPECT_TRUE(IsNull(t.Scalar("SELECT Annot FROM Projects")));
 }
@@ -272,7 +312,10 @@ TEST(TestoSql, EmptyTextIsNullAndFindsNothing) {
 
 TEST(DataSql, DayAtMidnightOrEmpty) {
   TestDb t;
-  EXPECT_EQ(DataSql(D(2025, 12, 31, 15, 30)), "'2025-12-31 00:00:00'");
+  // The engine's literal of the day at midnight.
+  EXPECT_EQ(DataSql(D(2025, 12, 31, 15, 30)), t.db->engine() == Engine::PostgreSQL
+                                                  ? "TIMESTAMP '2025-12-31 00:00:00'"
+                                                  : "'2025-12-31 00:00:00'");
   EXPECT_EQ(DataSql(QVariant("not a date")), "");
   EXPECT_EQ(DataSql(QVariant()), "");
   EXPECT_EQ(DataSqlIso(D(2025, 3, 7, 10, 0)), "'2025-03-07'");
@@ -407,7 +450,8 @@ TEST(EsisteCartella, CreatesEveryLevel) {
   bool mostra = false;
   ScriviErrLog("Procedure", "Prova", "x (1)", mostra);
   EXPECT_TRUE(t.messages->asked.empty());
-  EXPECT_TRUE(EsisteFile(t.db->Name()));
+  EXPECT_TRUE(EsisteFile(t.Path() + "/Vorn.def") || QFile(t.Path() + "/Vorn.def").open(QIODevice::WriteOnly));
+  EXPECT_TRUE(EsisteFile(t.Path() + "/Vorn.def"));
   EXPECT_FALSE(EsisteFile(t.Path()));
 }
 
@@ -573,7 +617,8 @@ TEST(ADO2DAO, WritesIntoATableOutsideTheBuiltInSchema) {
 
   // Made by someone else, with its fields in another order: each field goes
   // by its index, and the table's own fields decide the types.
-  t.Exec("CREATE TABLE Estranea (Numero INTEGER PRIMARY KEY, Nota VARCHAR(40), Giorno DATETIME)");
+  t.Exec(QString("CREATE TABLE Estranea (Numero INTEGER PRIMARY KEY, Nota VARCHAR(40), Giorno %1)")
+             .arg(t.SuPostgres() ? "TIMESTAMP" : "DATETIME"));
   EXPECT_TRUE(ADO2DAO(rs, "Estranea", true));
   EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Estranea").toInt(), 3);
   EXPECT_EQ(t.Scalar("SELECT Nota FROM Estranea WHERE Numero=1").toString(), "riga \"1\" d'esempio");
@@ -584,7 +629,9 @@ TEST(ADO2DAO, WritesIntoATableOutsideTheBuiltInSchema) {
   EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Estranea").toInt(), 3);
   const QStringList log = t.LogLines("ModADO", "ADO2DAO");
   ASSERT_EQ(log.size(), 3);
-  EXPECT_TRUE(log[0].contains("UNIQUE constraint failed: Estranea.Numero")) << log[0].toStdString();
+  EXPECT_TRUE(log[0].contains(t.SuPostgres() ? "duplicate key value violates unique constraint \"Estranea_pkey\""
+                                             : "UNIQUE constraint failed: Estranea.Numero"))
+      << log[0].toStdString();
   EXPECT_EQ(t.db->TransactionDepth(), 0);
 }
 

@@ -192,7 +192,7 @@ Database::Result Database::Select(const Sql& sql) {
   Motore& m = M();
   ++statements_;
   try {
-    return m.Select(Adattato(sql.Text()), sql.Params());
+    return m.Select(Adattato(sql.Text()), sql.Params(), sql.Text());
   } catch (const VbError&) {
     ++failures_;
     throw;
@@ -210,6 +210,18 @@ int Database::Execute(const Sql& sql) {
     m.DimenticaPreparate();
   try {
     return m.Execute(text, sql.Params());
+  } catch (const VbError&) {
+    ++failures_;
+    throw;
+  }
+}
+
+int Database::ExecuteNativo(const QString& testo) {
+  Motore& m = M();
+  ++statements_;
+  m.DimenticaPreparate();
+  try {
+    return m.Execute(testo, {});
   } catch (const VbError&) {
     ++failures_;
     throw;

@@ -86,6 +86,8 @@ class Database {
   // Both raise VbError with the engine's message on failure.
   Result Select(const Sql& sql);
   int Execute(const Sql& sql);  // rows changed
+  // A statement in the engine's own SQL, which goes to it as it is.
+  int ExecuteNativo(const QString& testo);
   // Inserts rows into a table through one prepared statement, in a transaction
   // of its own (nested in the caller's when there is one). next fills the row
   // it is given, one value per column in the order of columns, and returns

@@ -14,7 +14,9 @@ namespace prestkt {
 class Motore {
  public:
   virtual ~Motore() = default;
-  virtual Database::Result Select(const QString& testo, const QVariantList& valori) = 0;
+  // sistema: the statement as the system wrote it, which tells the types of
+  // computed columns.
+  virtual Database::Result Select(const QString& testo, const QVariantList& valori, const QString& sistema) = 0;
   virtual int Execute(const QString& testo, const QVariantList& valori) = 0;  // rows changed
   // One INSERT prepared once and run for every row next gives.
   virtual qint64 InsertMany(const QString& table, const QStringList& columns,

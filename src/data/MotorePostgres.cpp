@@ -7,6 +7,7 @@
 #include <libpq-fe.h>
 
 #include <QHash>
+#include <QRegularExpression>
 #include <QString>
 #include <climits>
 #include <cmath>
@@ -44,8 +45,10 @@ using Risultato = std::unique_ptr<PGresult, decltype(&PQclear)>;
 Risultato Tieni(PGresult* r) { return Risultato(r, &PQclear); }
 
 [[noreturn]] void RaiseEngine(PGconn* c, const PGresult* r, const QString& sql) {
-  QString msg = QString::fromUtf8(r ? PQresultErrorMessage(r) : PQerrorMessage(c)).trimmed();
-  if (msg.isEmpty()) msg = QString::fromUtf8(PQerrorMessage(c)).trimmed();
+  // The engine's words on one line: its primary message, without the pointer to the text.
+  const char* primario = r ? PQresultErrorField(r, PG_DIAG_MESSAGE_PRIMARY) : nullptr;
+  QString msg = QString::fromUtf8(primario ? primario : PQerrorMessage(c)).trimmed();
+  msg = msg.section(QLatin1Char('\n'), 0, 0);
   const QString stato = r ? QString::fromLatin1(PQresultErrorField(r, PG_DIAG_SQLSTATE)) : QString();
   int number = err::SqlError;
   if (stato == QLatin1String("23505")) number = 3022;
@@ -214,11 +217,13 @@ class Postgres final : public Motore {
 
   ~Postgres() override { Chiudi(); }
 
-  Database::Result Select(const QString& testo, const QVariantList& valori) override {
+  Database::Result Select(const QString& testo, const QVariantList& valori, const QString& sistema) override {
     const Valori v(valori);
-    const std::shared_ptr<Preparata> p = Preparazione(testo, v);
+    Istruzione protetta(*this);
+    const std::shared_ptr<Preparata> p = Preparazione(testo, v, sistema);
     Risultato r = Tieni(PQexecPrepared(c_, p->nome.constData(), v.Quanti(), v.puntatori.data(), nullptr, nullptr, 0));
     if (!Riuscito(r.get())) RaiseEngine(c_, r.get(), testo);
+    protetta.Riuscita();
     Database::Result out;
     out.fields = p->fields;
     const int n = static_cast<int>(p->daoTypes.size());
@@ -237,10 +242,12 @@ class Postgres final : public Motore {
   int Execute(const QString& testo, const QVariantList& valori) override {
     const Valori v(valori);
     const QByteArray utf8 = testo.toUtf8();
+    Istruzione protetta(*this, !Controllo(testo));
     Risultato r = Tieni(v.Quanti() == 0 ? PQexec(c_, utf8.constData())
                                         : PQexecParams(c_, utf8.constData(), v.Quanti(), v.tipi.data(),
                                                        v.puntatori.data(), nullptr, nullptr, 0));
     if (!Riuscito(r.get())) RaiseEngine(c_, r.get(), testo);
+    protetta.Riuscita();
     return QByteArray(PQcmdTuples(r.get())).toInt();
   }
 
@@ -329,6 +336,36 @@ class Postgres final : public Motore {
   }
 
  private:
+  // A statement inside a transaction runs under a savepoint of its own: as on
+  // SQLite, a failed statement undoes itself alone, and the transaction goes
+  // on with what it had written.
+  class Istruzione {
+   public:
+    Istruzione(Postgres& m, bool proteggi = true)
+        : m_(m), attiva_(proteggi && PQtransactionStatus(m.c_) == PQTRANS_INTRANS) {
+      if (attiva_) Risultato r = Tieni(PQexec(m_.c_, "SAVEPOINT prestkt_istruzione"));
+    }
+    void Riuscita() {
+      if (attiva_) Risultato r = Tieni(PQexec(m_.c_, "RELEASE SAVEPOINT prestkt_istruzione"));
+      attiva_ = false;
+    }
+    ~Istruzione() {
+      if (attiva_) Risultato r = Tieni(PQexec(m_.c_, "ROLLBACK TO SAVEPOINT prestkt_istruzione; "
+                                                        "RELEASE SAVEPOINT prestkt_istruzione"));
+    }
+
+   private:
+    Postgres& m_;
+    bool attiva_;
+  };
+
+  // The statements that steer transactions, which no savepoint may wrap.
+  static bool Controllo(const QString& testo) {
+    static const QRegularExpression re(QStringLiteral("^\\s*(BEGIN|COMMIT|ROLLBACK|SAVEPOINT|RELEASE|END)\\b"),
+                                       QRegularExpression::CaseInsensitiveOption);
+    return re.match(testo).hasMatch();
+  }
+
   void Comando(const QString& sql) { Execute(sql, {}); }
 
   QStringList Colonna(const QString& sql, const QVariantList& valori) {
@@ -396,7 +433,7 @@ class Postgres final : public Motore {
     return dao;
   }
 
-  std::shared_ptr<Preparata> Preparazione(const QString& testo, const Valori& v) {
+  std::shared_ptr<Preparata> Preparazione(const QString& testo, const Valori& v, const QString& sistema) {
     QString chiave = testo;
     chiave += QLatin1Char('\x1f');
     for (Oid t : v.tipi) chiave += QString::number(t) + QLatin1Char(',');
@@ -410,7 +447,7 @@ class Postgres final : public Motore {
     Risultato d = Tieni(PQdescribePrepared(c_, p->nome.constData()));
     if (!Riuscito(d.get())) RaiseEngine(c_, d.get(), testo);
     const int n = PQnfields(d.get());
-    const QStringList exprs = SelectExpressions(testo);
+    const QStringList exprs = SelectExpressions(sistema);
     for (int i = 0; i < n; ++i) {
       const QString name = QString::fromUtf8(PQfname(d.get(), i));
       const Oid tipo = PQftype(d.get(), i);

@@ -231,7 +231,7 @@ class Sqlite final : public Motore {
     sqlite3_create_function_v2(h, "IIf", 3, flags, nullptr, FnIIf, nullptr, nullptr, nullptr);
   }
 
-  Database::Result Select(const QString& testo, const QVariantList& valori) override {
+  Database::Result Select(const QString& testo, const QVariantList& valori, const QString&) override {
     // Held while it runs, whatever happens to the cache meanwhile.
     const std::shared_ptr<Preparata> tenuta = Preparazione(testo);
     Preparata& p = *tenuta;

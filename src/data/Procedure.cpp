@@ -155,7 +155,7 @@ void ApriRecordset(RecordsetPtr& rs, const Sql& sql, Database* db, int tipo) {
       QString table, where;
       if (tipo == dbOpenDynaset && SingleTable(*d, sql.Text(), &table, &where)) {
         if (sql.Params().isEmpty())  // a condition with bound values can't be replayed as text
-          out->SetWriteCursor(std::make_shared<TableCursor>(d, table, d->Adapt(where)));
+          out->SetWriteCursor(std::make_shared<TableCursor>(d, table, where));
         else
           out->SetWriteCursor(std::make_shared<TableCursor>(d, table, QString()));
       }

@@ -62,6 +62,15 @@ std::vector<Token> Tokenize(const QString& s) {
     } else if (c.isDigit() || (c == QLatin1Char('.') && i + 1 < n && s.at(i + 1).isDigit())) {
       int j = i;
       while (j < n && (s.at(j).isDigit() || s.at(j) == QLatin1Char('.'))) ++j;
+      // An exponent belongs to the number: 1e54, 2.5E-3.
+      if (j < n && (s.at(j) == QLatin1Char('e') || s.at(j) == QLatin1Char('E'))) {
+        int k = j + 1;
+        if (k < n && (s.at(k) == QLatin1Char('+') || s.at(k) == QLatin1Char('-'))) ++k;
+        if (k < n && s.at(k).isDigit()) {
+          while (k < n && s.at(k).isDigit()) ++k;
+          j = k;
+        }
+      }
       out.push_back({Tok::Number, s.mid(i, j - i)});
       i = j;
     } else if (IsWordChar(c)) {
@@ -381,11 +390,18 @@ QString AdattaSql(const QString& sql, const Database& db) {
           out += k.text;
         } else if (Is(k, "like")) {
           out += QStringLiteral("ILIKE");  // as SQLite's, blind to case
+        } else if (Is(k, "is") && NextSolid(t, i + 1) > 0 && t[NextSolid(t, i + 1)].kind == Tok::Param) {
+          out += QStringLiteral("IS NOT DISTINCT FROM");  // SQLite's IS between two values
         } else if (ParolaChiave(k.text)) {
           out += k.text;
         } else {
+          // A name before a bracket is a call, but for a table's name before its columns.
           const int dopo = NextSolid(t, i + 1);
-          const bool chiamata = dopo > 0 && t[dopo].text == QLatin1String("(");
+          const int prima = PrevSolid(t, i - 1);
+          const bool chiamata = dopo > 0 && t[dopo].text == QLatin1String("(") && !FindTable(k.text) &&
+                                !(prima >= 0 && (Is(t[prima], "into") || Is(t[prima], "table") ||
+                                                 Is(t[prima], "on") || Is(t[prima], "references") ||
+                                                 Is(t[prima], "view") || Is(t[prima], "exists")));
           if (chiamata && !FunzioneDelSistema(k.text)) out += k.text;  // the engine's own function
           else out += QuoteIdent(Canonico(k.text));
         }
