@@ -11,10 +11,12 @@
 #include <QLocale>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QRegularExpression>
 #include <QStatusBar>
 #include <QStyle>
 #include <QTextEdit>
 #include <QTimer>
+#include <QUrl>
 
 #include "DemoData.h"
 #include "HostPrezzi.h"
@@ -105,14 +107,22 @@ void HostWindow::Avvia() {
 }
 
 bool HostWindow::Open() {
-  const bool nuovo = !QFileInfo::exists(o_.dbFile);
+  const bool server = !o_.server.isEmpty();
   try {
-    QDir().mkpath(QFileInfo(o_.dbFile).absolutePath());
-    db_ = Database::OpenSQLite(o_.dbFile);
+    bool nuovo = false;
+    if (server) {
+      QDir().mkpath(o_.cartella);
+      db_ = Database::OpenPostgreSQL(o_.server, o_.cartella);
+      nuovo = !db_->TableExists(QStringLiteral("Projects"));
+    } else {
+      nuovo = !QFileInfo::exists(o_.dbFile);
+      QDir().mkpath(QFileInfo(o_.dbFile).absolutePath());
+      db_ = Database::OpenSQLite(o_.dbFile);
+    }
     if (nuovo) CreaDatiDemo(*db_, QDate::currentDate());
     else CreaSchema(*db_);
   } catch (const VbError& e) {
-    MessageBoxVorn(QStringLiteral("Impossibile aprire il database %1:\n%2").arg(o_.dbFile, e.Description()),
+    MessageBoxVorn(QStringLiteral("Impossibile aprire il database %1:\n%2").arg(NomeDatabase(), e.Description()),
                    vbCritical, windowTitle());
     return false;
   }
@@ -126,17 +136,24 @@ bool HostWindow::Open() {
   ctl_->SetDtIni(QDateTime(QDate(oggi.year() - 2, 1, 1), QTime(0, 0)));
   ctl_->SetDTEnd(QDateTime(QDate(oggi.year(), 12, 31), QTime(0, 0)));
   ctl_->SetStatus(-1);
-  // The barcode station that works in this mode is not part of this program
-  // yet: with --only-input the host starts as usual, and the component's
-  // register is read-only (it deletes no model).
+  // With --only-input the program is the shop-floor station (see Avvia).
   if (o_.onlyInput) ctl_->SetOnlyInput(true);
   ctl_->DBConn(db_, o_.user, windowIcon(), o_.docs, o_.tAnag);
   setCentralWidget(ctl_);
   BuildMenus();
   lblSoloInserimento_->setVisible(o_.onlyInput);
   AggiornaPeriodo();
-  statusBar()->showMessage(QStringLiteral("Database: %1").arg(o_.dbFile), 10000);
+  statusBar()->showMessage(QStringLiteral("Database: %1").arg(NomeDatabase()), 10000);
   return true;
+}
+
+// The database as the user names it: the file, or the server without its password.
+QString HostWindow::NomeDatabase() const {
+  if (o_.server.isEmpty()) return o_.dbFile;
+  const QUrl url(o_.server);
+  if (url.isValid() && !url.scheme().isEmpty()) return url.toDisplayString(QUrl::RemovePassword);
+  QString testo = o_.server;
+  return testo.replace(QRegularExpression(QStringLiteral("password\\s*=\\s*\\S+")), QStringLiteral("password=***"));
 }
 
 void HostWindow::ConnectControl() {

@@ -26,6 +26,10 @@ class TipiModelloDialog;
 
 struct HostOptions {
   QString dbFile;
+  // A database on a PostgreSQL server (libpq connection string or URL) instead
+  // of the file; cartella stands for its folder (Vorn.def, ErrLogs/).
+  QString server;
+  QString cartella;
   QString docs;
   int user = 1;
   int tAnag = 1;           // the party type handed to DBConn
@@ -38,6 +42,7 @@ class HostWindow : public QMainWindow {
   explicit HostWindow(const HostOptions& o, QWidget* parent = nullptr);
   ~HostWindow() override;
   bool Open();
+  QString NomeDatabase() const;
   // Shows the program: the window with the register, or in only-input mode
   // the station alone, filling the screen; closing the station ends the program.
   void Avvia();

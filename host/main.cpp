@@ -28,8 +28,13 @@ int main(int argc, char** argv) {
   p.setApplicationDescription(QStringLiteral("VORN - gestione lavorazioni (host dimostrativo di OCPrestKT)"));
   p.addHelpOption();
   const QString defaultDb = QDir::homePath() + QStringLiteral("/.local/share/vorn-demo/vorn.db");
-  QCommandLineOption optDb(QStringLiteral("db"), QStringLiteral("File SQLite del database (creato con i dati dimostrativi se manca)."),
-                           QStringLiteral("PATH"), defaultDb);
+  QCommandLineOption optDb(QStringLiteral("db"),
+                           QStringLiteral("File SQLite del database, o postgresql://... per un database su server "
+                                          "(creato con i dati dimostrativi se manca)."),
+                           QStringLiteral("PATH|URL"), defaultDb);
+  QCommandLineOption optDir(QStringLiteral("dir"),
+                            QStringLiteral("Cartella di un database su server: impostazioni (Vorn.def) e registro errori."),
+                            QStringLiteral("PATH"), QDir::homePath() + QStringLiteral("/.local/share/vorn-demo/server"));
   QCommandLineOption optDocs(QStringLiteral("docs"), QStringLiteral("Cartella dei documenti dei modelli."), QStringLiteral("PATH"));
   QCommandLineOption optUser(QStringLiteral("user"), QStringLiteral("Numero dell'utente."), QStringLiteral("N"), QStringLiteral("1"));
   QCommandLineOption optTAnag(QStringLiteral("tanag"), QStringLiteral("Tipo anagrafica dei clienti."), QStringLiteral("N"),
@@ -38,12 +43,19 @@ int main(int argc, char** argv) {
                                   QStringLiteral("Avvia il componente in solo inserimento (registro in sola lettura)."));
   QCommandLineOption optShot(QStringLiteral("screenshot"), QStringLiteral("Salva un'immagine della finestra ed esce."),
                              QStringLiteral("FILE"));
-  p.addOptions({optDb, optDocs, optUser, optTAnag, optOnlyInput, optShot});
+  p.addOptions({optDb, optDir, optDocs, optUser, optTAnag, optOnlyInput, optShot});
   p.process(app);
 
   HostOptions o;
-  o.dbFile = QFileInfo(p.value(optDb)).absoluteFilePath();
-  o.docs = p.isSet(optDocs) ? p.value(optDocs) : QFileInfo(o.dbFile).absolutePath() + QStringLiteral("/documenti");
+  const QString db = p.value(optDb);
+  if (db.startsWith(QLatin1String("postgresql://")) || db.startsWith(QLatin1String("postgres://"))) {
+    o.server = db;
+    o.cartella = QFileInfo(p.value(optDir)).absoluteFilePath();
+    o.docs = p.isSet(optDocs) ? p.value(optDocs) : o.cartella + QStringLiteral("/documenti");
+  } else {
+    o.dbFile = QFileInfo(db).absoluteFilePath();
+    o.docs = p.isSet(optDocs) ? p.value(optDocs) : QFileInfo(o.dbFile).absolutePath() + QStringLiteral("/documenti");
+  }
   bool okUser = false;
   bool okTAnag = false;
   o.user = p.value(optUser).toInt(&okUser);

@@ -106,18 +106,33 @@ inline QString SchemaDiProva(const QString& file) {
                  .left(24));
 }
 
-// The database of a test. nuovo: made empty (SQLite makes a missing file by itself).
-inline DatabasePtr ApriDatabaseDiProva(const QString& file, bool nuovo = true) {
+// The connection to the schema that stands for a test's database file; with
+// nuovo the schema is made empty first.
+inline QString ConnessioneDiProva(const QString& file, bool nuovo) {
   const QString server = ServerDiProva();
-  if (server.isEmpty()) return Database::OpenSQLite(file);
-  const QString cartella = QFileInfo(file).absolutePath();
   const QString schema = SchemaDiProva(file);
   if (nuovo) {
-    auto amministra = Database::OpenPostgreSQL(server, cartella);
+    auto amministra = Database::OpenPostgreSQL(server, QFileInfo(file).absolutePath());
     amministra->Execute(Sql(QStringLiteral("DROP SCHEMA IF EXISTS %1 CASCADE").arg(schema)));
     amministra->Execute(Sql(QStringLiteral("CREATE SCHEMA %1").arg(schema)));
   }
-  return Database::OpenPostgreSQL(server + QStringLiteral(" options='-c search_path=%1,public'").arg(schema), cartella);
+  return server + QStringLiteral(" options='-c search_path=%1,public'").arg(schema);
+}
+
+// The database of a test. nuovo: made empty (SQLite makes a missing file by itself).
+inline DatabasePtr ApriDatabaseDiProva(const QString& file, bool nuovo = true) {
+  if (ServerDiProva().isEmpty()) return Database::OpenSQLite(file);
+  return Database::OpenPostgreSQL(ConnessioneDiProva(file, nuovo), QFileInfo(file).absolutePath());
+}
+
+// What is left of a test's database on the server goes.
+inline void CancellaDatabaseDiProva(const QString& file) {
+  if (ServerDiProva().isEmpty()) return;
+  try {
+    auto amministra = Database::OpenPostgreSQL(ServerDiProva(), QFileInfo(file).absolutePath());
+    amministra->Execute(Sql(QStringLiteral("DROP SCHEMA IF EXISTS %1 CASCADE").arg(SchemaDiProva(file))));
+  } catch (...) {
+  }
 }
 
 // A database of the schema in a folder of its own, made the component's database.

@@ -11,8 +11,10 @@
 #include "DemoData.h"
 #include "ModPrestKT.h"
 #include "Schema.h"
+#include "TestSupport.h"
 
 using namespace prestkt;
+using namespace prestkt::test;
 
 namespace {
 
@@ -24,13 +26,14 @@ class DemoDataTest : public ::testing::TestWithParam<QDate> {
   void SetUp() override {
     ASSERT_TRUE(dir_.isValid());
     oggi_ = GetParam();
-    db_ = Database::OpenSQLite(dir_.filePath(QStringLiteral("demo.db")));
+    db_ = ApriDatabaseDiProva(dir_.filePath(QStringLiteral("demo.db")));
     CreaDatiDemo(*db_, oggi_);
   }
   void TearDown() override {
     gRcsProjects.reset();
     gDB.reset();
     db_.reset();
+    CancellaDatabaseDiProva(dir_.filePath(QStringLiteral("demo.db")));
   }
 
   std::vector<Row> Rows(const QString& sql) { return db_->Select(Sql(sql)).rows; }
@@ -380,20 +383,24 @@ INSTANTIATE_TEST_SUITE_P(Giorni, DemoDataTest,
 TEST(DemoData, SameDaySameData) {
   QTemporaryDir dir;
   ASSERT_TRUE(dir.isValid());
-  auto a = Database::OpenSQLite(dir.filePath("a.db"));
-  auto b = Database::OpenSQLite(dir.filePath("b.db"));
-  auto c = Database::OpenSQLite(dir.filePath("c.db"));
+  auto a = ApriDatabaseDiProva(dir.filePath("a.db"));
+  auto b = ApriDatabaseDiProva(dir.filePath("b.db"));
+  auto c = ApriDatabaseDiProva(dir.filePath("c.db"));
   CreaDatiDemo(*a, kOggi);
   CreaDatiDemo(*b, kOggi);
   CreaDatiDemo(*c, kOggi.addDays(1));
   EXPECT_EQ(Digest(*a), Digest(*b));
   EXPECT_NE(Digest(*a), Digest(*c));
+  a.reset();
+  b.reset();
+  c.reset();
+  for (const char* f : {"a.db", "b.db", "c.db"}) CancellaDatabaseDiProva(dir.filePath(f));
 }
 
 TEST(DemoData, LargeDatabaseHasTheCountsAsked) {
   QTemporaryDir dir;
   ASSERT_TRUE(dir.isValid());
-  auto db = Database::OpenSQLite(dir.filePath("grande.db"));
+  auto db = ApriDatabaseDiProva(dir.filePath("grande.db"));
   CreaDatiGrandi(*db, 2000, 20000, kOggi);
   auto count = [&](const char* sql) { return db->Select(Sql(sql)).rows.front().front().toInt(); };
   EXPECT_EQ(count("SELECT Count(*) FROM Projects"), 2000);
@@ -425,4 +432,6 @@ TEST(DemoData, LargeDatabaseHasTheCountsAsked) {
   EXPECT_GE(
       count("SELECT Max(n) FROM (SELECT Count(*) AS n FROM ActivitiesProd GROUP BY CProject)"),
       100);
+  db.reset();
+  CancellaDatabaseDiProva(dir.filePath("grande.db"));
 }

@@ -43,13 +43,17 @@ struct Host {
     gOcxEventCard.reset();
     file = dir.path() + QStringLiteral("/vorn.db");
     {
-      auto demo = Database::OpenSQLite(file);
+      auto demo = ApriDatabaseDiProva(file);
       CreaDatiDemo(*demo, QDate::currentDate());
     }
     messages = std::make_shared<ScriptedMessages>();
     SetMessageService(messages);
     HostOptions o;
     o.dbFile = file;
+    if (!ServerDiProva().isEmpty()) {
+      o.server = ConnessioneDiProva(file, false);
+      o.cartella = dir.path();
+    }
     o.docs = dir.path() + QStringLiteral("/documenti");
     o.user = 1;
     o.tAnag = 1;
@@ -57,12 +61,15 @@ struct Host {
     w = std::make_unique<HostWindow>(o);
     opened = w->Open();
     if (opened) db = gDB;
+    if (opened) EXPECT_EQ(db->engine() == Engine::PostgreSQL, !ServerDiProva().isEmpty());
   }
   ~Host() {
     w.reset();
     gOcxEventCard.reset();
     SetMessageService(nullptr);
     ResetGlobals();
+    db.reset();
+    CancellaDatabaseDiProva(file);
   }
 
   template <class T>

@@ -85,6 +85,10 @@ TEST(SqlAdapt, PostgreSQLsOwnForms) {
             "SELECT (SELECT Max(\"Riga\") FROM \"DocDett\" ORDER BY \"Riga\" NULLS FIRST) AS \"R\" FROM \"Doc\" "
             "ORDER BY \"NDoc\" NULLS FIRST;");
   EXPECT_EQ(t.db->Adapt("INSERT INTO AnagTipo (TAnag) VALUES (1)"), "INSERT INTO \"AnagTipo\" (\"TAnag\") VALUES (1)");
+  // A query in FROM gets a name when it has none.
+  EXPECT_EQ(t.db->Adapt("SELECT Max(n) FROM (SELECT Count(*) AS n FROM Doc GROUP BY TAnag)"),
+            "SELECT Max(\"n\") FROM (SELECT Count(*) AS \"n\" FROM \"Doc\" GROUP BY \"TAnag\") AS \"q1\"");
+  EXPECT_EQ(t.db->Adapt("SELECT x.n FROM (SELECT 1 AS n) x"), "SELECT \"x\".\"n\" FROM (SELECT 1 AS \"n\") \"x\"");
 }
 
 TEST(SqlAdapt, FunctionsOfTheSystemRunInTheEngine) {
@@ -99,6 +103,10 @@ TEST(SqlAdapt, FunctionsOfTheSystemRunInTheEngine) {
   EXPECT_EQ(t.Scalar("SELECT IIf(Stato=9,\"D\",\"F\") FROM Projects WHERE CProject=202500002").toString(), "D");
   // Texts compare without regard to case, as the host's database does.
   EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects WHERE DProject=\"STAMPO POMPA\"").toInt(), 1);
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects WHERE DProject Like \"stampo*\"").toInt(), 1);
+  // Like on a date or a number reads its text as the file stores it.
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects WHERE DtIni Like \"2025-0?-10 00:00:00\"").toInt(), 3);
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects WHERE CProject Like \"2024*\"").toInt(), 1);
 }
 
 // The type of a computed column is read through calls inside calls up to a

@@ -604,12 +604,41 @@ END
 $body$
 )sql";
 
+// Like on a date or a number compares its text, as SQLite compares the text it
+// stores: a date as "yyyy-mm-dd hh:nn:ss".
+constexpr const char* kLikeData = R"sql(
+CREATE OR REPLACE FUNCTION "LikeTesto"(a timestamp, b text) RETURNS boolean
+LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $body$ SELECT to_char(a, 'YYYY-MM-DD HH24:MI:SS') ILIKE b $body$
+)sql";
+constexpr const char* kLikeIntero = R"sql(
+CREATE OR REPLACE FUNCTION "LikeTesto"(a bigint, b text) RETURNS boolean
+LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $body$ SELECT a::text ILIKE b $body$
+)sql";
+constexpr const char* kLikeDouble = R"sql(
+CREATE OR REPLACE FUNCTION "LikeTesto"(a double precision, b text) RETURNS boolean
+LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $body$ SELECT a::text ILIKE b $body$
+)sql";
+constexpr const char* kOperatoriLike = R"sql(
+DO $body$
+DECLARE
+  t text;
+BEGIN
+  FOREACH t IN ARRAY ARRAY['timestamp', 'bigint', 'double precision'] LOOP
+    IF NOT EXISTS (SELECT 1 FROM pg_operator WHERE oprname = '~~*' AND oprleft = t::regtype
+                   AND oprright = 'text'::regtype) THEN
+      EXECUTE format('CREATE OPERATOR ~~* (LEFTARG = %s, RIGHTARG = text, FUNCTION = "LikeTesto")', t);
+    END IF;
+  END LOOP;
+END
+$body$
+)sql";
+
 }  // namespace
 
 QStringList FunzioniPostgres() {
   QStringList out;
   for (const char* f : {kYear, kMonth, kDay, kDateDiff, kFormatNumero, kFormatDouble, kFormatBigint,
-                        kFormatData, kFormatTesto})
+                        kFormatData, kFormatTesto, kLikeData, kLikeIntero, kLikeDouble, kOperatoriLike})
     out << QString::fromUtf8(f).trimmed();
   return out;
 }

@@ -386,10 +386,10 @@ class Postgres final : public Motore {
   // The system's functions and the case-blind text type, made once per
   // database under a lock, so that two workstations opening at once don't race.
   void Installa() {
+    // The last of them made stands for all: a database made by an older program gets the new ones.
     const QString presenti = QStringLiteral(
         "SELECT count(*) FROM pg_proc p JOIN pg_namespace n ON n.oid = p.pronamespace "
-        "WHERE n.nspname = ANY (current_schemas(false)) AND p.proname IN ('Format', 'DateDiff', 'Year', 'Month', "
-        "'Day')");
+        "WHERE n.nspname = ANY (current_schemas(false)) AND p.proname = 'LikeTesto'");
     const auto quante = [&] { return Colonna(presenti, {}).value(0).toInt(); };
     const QStringList funzioni = FunzioniPostgres();
     if (quante() == 0 || Colonna(QStringLiteral("SELECT to_regtype('citext')"), {}).value(0).isEmpty()) {

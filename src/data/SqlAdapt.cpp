@@ -274,6 +274,8 @@ QString AdattaSql(const QString& sql, const Database& db) {
   // ORDER BY on PostgreSQL: Nulls come where SQLite puts them, first going up and last going down.
   int ordine = -1, profondita = 0;
   bool discendente = false;
+  std::vector<bool> derivate;  // for every open bracket: a query in FROM
+  int nomi = 0;
   const auto chiudiVoce = [&](QString& out) {
     if (ordine < 0) return;
     out += discendente ? QStringLiteral(" NULLS LAST") : QStringLiteral(" NULLS FIRST");
@@ -312,8 +314,23 @@ QString AdattaSql(const QString& sql, const Database& db) {
         discendente = true;
       }
     }
-    if (k.kind == Tok::Punct && k.text == QLatin1String("(")) ++profondita;
-    if (k.kind == Tok::Punct && k.text == QLatin1String(")")) --profondita;
+    if (k.kind == Tok::Punct && k.text == QLatin1String("(")) {
+      ++profondita;
+      // A query in FROM or JOIN: PostgreSQL wants a name for it.
+      const int p = PrevSolid(t, i - 1), q = NextSolid(t, i + 1);
+      derivate.push_back(pg && p >= 0 && (Is(t[p], "from") || Is(t[p], "join")) && q > 0 && Is(t[q], "select"));
+    }
+    bool senzaNome = false;
+    if (k.kind == Tok::Punct && k.text == QLatin1String(")")) {
+      --profondita;
+      if (!derivate.empty()) {
+        const int q = NextSolid(t, i + 1);
+        senzaNome = derivate.back() &&
+                    !(q > 0 && (Is(t[q], "as") || (t[q].kind == Tok::Word && !ParolaChiave(t[q].text)) ||
+                                t[q].kind == Tok::Ident));
+        derivate.pop_back();
+      }
+    }
     if (pg && Is(k, "by")) {
       const int p = PrevSolid(t, i - 1);
       if (p >= 0 && Is(t[p], "order")) {
@@ -351,6 +368,7 @@ QString AdattaSql(const QString& sql, const Database& db) {
         if (k.text == QLatin1String("!")) out += QLatin1Char('.');
         else if (k.text == QLatin1String("&")) out += QStringLiteral("||");
         else out += k.text;
+        if (senzaNome) out += QStringLiteral(" AS \"q%1\"").arg(++nomi);
         break;
       case Tok::Word: {
         if (Is(k, "delete")) {
