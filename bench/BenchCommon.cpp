@@ -1,5 +1,8 @@
 #include "BenchCommon.h"
 
+#include <libpq-fe.h>
+#include <sqlite3.h>
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -35,38 +38,109 @@ double Mediana(std::vector<double> v) {
 
 }  // namespace
 
-// Steps through the rows of a statement on the connection's own handle,
-// reading every column as its stored type; returns the rows.
-qint64 Nudo(sqlite3* h, const QString& sql) {
-  const QByteArray testo = sql.toUtf8();
-  sqlite3_stmt* st = nullptr;
-  if (sqlite3_prepare_v2(h, testo.constData(), testo.size(), &st, nullptr) != SQLITE_OK) {
-    std::fprintf(stderr, "bare query failed: %s\n", sqlite3_errmsg(h));
-    return -1;
-  }
-  const int n = sqlite3_column_count(st);
-  qint64 righe = 0;
-  volatile double somma = 0;  // keeps the reads
-  while (sqlite3_step(st) == SQLITE_ROW) {
-    for (int i = 0; i < n; ++i) {
-      switch (sqlite3_column_type(st, i)) {
-        case SQLITE_INTEGER:
-          somma = somma + static_cast<double>(sqlite3_column_int64(st, i));
-          break;
-        case SQLITE_FLOAT:
-          somma = somma + sqlite3_column_double(st, i);
-          break;
-        case SQLITE_TEXT:
-          somma = somma + sqlite3_column_bytes(st, i) + (sqlite3_column_text(st, i) ? 0 : 1);
-          break;
-        default:
-          break;
-      }
+namespace {
+
+class NudoSqlite final : public Nudo {
+ public:
+  explicit NudoSqlite(sqlite3* h) : h_(h) {}
+  qint64 Leggi(const QString& sql) override {
+    const QByteArray testo = sql.toUtf8();
+    sqlite3_stmt* st = nullptr;
+    if (sqlite3_prepare_v2(h_, testo.constData(), testo.size(), &st, nullptr) != SQLITE_OK) {
+      std::fprintf(stderr, "bare query failed: %s\n", sqlite3_errmsg(h_));
+      return -1;
     }
-    ++righe;
+    const int n = sqlite3_column_count(st);
+    qint64 righe = 0;
+    volatile double somma = 0;  // keeps the reads
+    while (sqlite3_step(st) == SQLITE_ROW) {
+      for (int i = 0; i < n; ++i) {
+        switch (sqlite3_column_type(st, i)) {
+          case SQLITE_INTEGER:
+            somma = somma + static_cast<double>(sqlite3_column_int64(st, i));
+            break;
+          case SQLITE_FLOAT:
+            somma = somma + sqlite3_column_double(st, i);
+            break;
+          case SQLITE_TEXT:
+            somma = somma + sqlite3_column_bytes(st, i) + (sqlite3_column_text(st, i) ? 0 : 1);
+            break;
+          default:
+            break;
+        }
+      }
+      ++righe;
+    }
+    sqlite3_finalize(st);
+    return righe;
   }
-  sqlite3_finalize(st);
-  return righe;
+  qint64 Primo(const QString& sql) override {
+    sqlite3_stmt* st = nullptr;
+    qint64 valore = 0;
+    if (sqlite3_prepare_v2(h_, sql.toUtf8().constData(), -1, &st, nullptr) == SQLITE_OK &&
+        sqlite3_step(st) == SQLITE_ROW)
+      valore = sqlite3_column_int64(st, 0);
+    sqlite3_finalize(st);
+    return valore;
+  }
+  bool Esegui(const QString& sql) override {
+    char* errore = nullptr;
+    if (sqlite3_exec(h_, sql.toUtf8().constData(), nullptr, nullptr, &errore) == SQLITE_OK) return true;
+    std::fprintf(stderr, "%s\n", errore);
+    sqlite3_free(errore);
+    return false;
+  }
+
+ private:
+  sqlite3* h_;
+};
+
+// Its own connection to the server, as any program of the server's would have.
+class NudoPostgres final : public Nudo {
+ public:
+  explicit NudoPostgres(const QString& conninfo) : c_(PQconnectdb(conninfo.toUtf8().constData())) {
+    if (PQstatus(c_) != CONNECTION_OK) std::fprintf(stderr, "bare connection: %s\n", PQerrorMessage(c_));
+  }
+  ~NudoPostgres() override { PQfinish(c_); }
+  qint64 Leggi(const QString& sql) override {
+    PGresult* r = PQexec(c_, sql.toUtf8().constData());
+    if (PQresultStatus(r) != PGRES_TUPLES_OK) {
+      std::fprintf(stderr, "bare query failed: %s\n", PQresultErrorMessage(r));
+      PQclear(r);
+      return -1;
+    }
+    const int righe = PQntuples(r), n = PQnfields(r);
+    volatile double somma = 0;  // keeps the reads
+    for (int i = 0; i < righe; ++i)
+      for (int j = 0; j < n; ++j)
+        if (!PQgetisnull(r, i, j)) somma = somma + PQgetlength(r, i, j) + (PQgetvalue(r, i, j)[0] == '1' ? 1 : 0);
+    PQclear(r);
+    return righe;
+  }
+  qint64 Primo(const QString& sql) override {
+    PGresult* r = PQexec(c_, sql.toUtf8().constData());
+    const qint64 v = PQresultStatus(r) == PGRES_TUPLES_OK && PQntuples(r) > 0 ? QByteArray(PQgetvalue(r, 0, 0)).toLongLong() : 0;
+    PQclear(r);
+    return v;
+  }
+  bool Esegui(const QString& sql) override {
+    PGresult* r = PQexec(c_, sql.toUtf8().constData());
+    const bool ok = PQresultStatus(r) == PGRES_COMMAND_OK || PQresultStatus(r) == PGRES_TUPLES_OK;
+    if (!ok) std::fprintf(stderr, "%s\n", PQresultErrorMessage(r));
+    PQclear(r);
+    return ok;
+  }
+
+ private:
+  PGconn* c_;
+};
+
+}  // namespace
+
+std::unique_ptr<Nudo> Nudo::Di(Database& db) {
+  if (db.engine() == Engine::PostgreSQL) return std::make_unique<NudoPostgres>(db.Name());
+  const QVariant handle = db.Connection().driver()->handle();
+  return std::make_unique<NudoSqlite>(*static_cast<sqlite3* const*>(handle.data()));
 }
 
 // Runs both sides kGiri times, alternating, and prints the medians.
@@ -98,6 +172,23 @@ void Caso(const char* nome, const std::function<qint64()>& componente, const std
   std::fflush(stdout);
 }
 
+DatabasePtr ApriDb(const QString& cartella, const QString& nome, bool nuovo) {
+  const QString server = qEnvironmentVariable("PRESTKT_BENCH_PG");
+  if (server.isEmpty()) {
+    const QString file = QDir(cartella).filePath(nome + QStringLiteral(".db"));
+    if (nuovo)
+      for (const char* ext : {"", "-wal", "-shm"}) QFile::remove(file + QString::fromLatin1(ext));
+    return Database::OpenSQLite(file);
+  }
+  const QString schema = QStringLiteral("bench_") + nome;
+  if (nuovo) {
+    auto amministra = Database::OpenPostgreSQL(server, cartella);
+    amministra->Execute(Sql(QStringLiteral("DROP SCHEMA IF EXISTS %1 CASCADE").arg(schema)));
+    amministra->Execute(Sql(QStringLiteral("CREATE SCHEMA %1").arg(schema)));
+  }
+  return Database::OpenPostgreSQL(server + QStringLiteral(" options='-c search_path=%1,public'").arg(schema), cartella);
+}
+
 DatabasePtr ApriDbGrande(int argc, char** argv, QString* cartellaOut) {
   const QString cartella =
       argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("/tmp/prestkt-bench");
@@ -105,39 +196,28 @@ DatabasePtr ApriDbGrande(int argc, char** argv, QString* cartellaOut) {
     std::fprintf(stderr, "cannot create %s\n", qPrintable(cartella));
     return {};
   }
-  const QString file = QDir(cartella).filePath(QStringLiteral("prestkt-bench.db"));
-
+  const QString nome = QStringLiteral("prestkt_bench");
   DatabasePtr db;
   try {
-    db = Database::OpenSQLite(file);
+    db = ApriDb(cartella, nome, false);
     if (!Completo(*db)) {
       db.reset();
-      for (const char* ext : {"", "-wal", "-shm"}) QFile::remove(file + QString::fromLatin1(ext));
-      db = Database::OpenSQLite(file);
+      db = ApriDb(cartella, nome, true);
       QElapsedTimer t;
       t.start();
       CreaDatiGrandi(*db, kModelli, kAttivita, QDate::currentDate());
-      std::fprintf(stderr, "created %s: %d models, %d activities in %.1f s\n", qPrintable(file),
-                   kModelli, kAttivita, t.elapsed() / 1000.0);
+      std::fprintf(stderr, "created %s: %d models, %d activities in %.1f s\n", qPrintable(db->Name()), kModelli,
+                   kAttivita, t.elapsed() / 1000.0);
       db->Execute(Sql("ANALYZE"));
     } else {
-      std::fprintf(stderr, "reusing %s\n", qPrintable(file));
+      std::fprintf(stderr, "reusing %s\n", qPrintable(db->Name()));
     }
   } catch (const VbError& e) {
     std::fprintf(stderr, "database: %s\n", qPrintable(e.Description()));
     return {};
   }
-
-  const QVariant handle = db->Connection().driver()->handle();
-  sqlite3* h = *static_cast<sqlite3* const*>(handle.data());
-
   *cartellaOut = cartella;
   return db;
-}
-
-sqlite3* Handle(Database& db) {
-  const QVariant handle = db.Connection().driver()->handle();
-  return *static_cast<sqlite3* const*>(handle.data());
 }
 
 }  // namespace prestkt::bench

@@ -2,9 +2,9 @@
 // What the benchmarks share: the large generated database, opened or made
 // once in a folder, the bare query through the engine's own interface, and
 // the timing of one case beside it.
-#include <sqlite3.h>
 #include <QString>
 #include <functional>
+#include <memory>
 
 #include "Database.h"
 
@@ -14,11 +14,25 @@ inline constexpr int kModelli = 100000;
 inline constexpr int kAttivita = 1000000;
 
 // The database of kModelli models and kAttivita activities in the folder
-// (argv[1] or /tmp/prestkt-bench), made when missing or incomplete; null on failure.
+// (argv[1] or /tmp/prestkt-bench), made when missing or incomplete; null on
+// failure. With PRESTKT_BENCH_PG (a libpq connection string) the database is
+// the schema prestkt_bench of that server, and the folder stands for it.
 DatabasePtr ApriDbGrande(int argc, char** argv, QString* cartella);
-sqlite3* Handle(Database& db);
-// Steps through the rows of a statement reading every column; returns the rows.
-qint64 Nudo(sqlite3* h, const QString& sql);
+// A database of the engine of the run: a file of the folder, or a schema of
+// the server named by PRESTKT_BENCH_PG; made empty when nuovo.
+DatabasePtr ApriDb(const QString& cartella, const QString& nome, bool nuovo);
+
+// The bare side of a case: the same statements through the engine's own
+// interface (sqlite3, libpq), with nothing of ours between.
+class Nudo {
+ public:
+  static std::unique_ptr<Nudo> Di(Database& db);
+  virtual ~Nudo() = default;
+  // Steps through the rows of a statement reading every column; returns the rows.
+  virtual qint64 Leggi(const QString& sql) = 0;
+  virtual qint64 Primo(const QString& sql) = 0;  // the first column of the first row
+  virtual bool Esegui(const QString& sql) = 0;
+};
 // Runs both sides five times, alternating, and prints the medians as a JSON line.
 // The component's number is the rows it read, compared with the bare read's,
 // or with cosa another figure it gave, printed under that name.

@@ -5,8 +5,8 @@
 //   bench_prezzo [folder]     (default /tmp/prestkt-bench)
 //
 // The database (one model whose disposition has 10 000 activities and 500
-// delivered order lines) is made in the folder on the first run as prezzo.db.
-#include <sqlite3.h>
+// delivered order lines) is made on the first run: prezzo.db in the folder,
+// or the schema bench_prezzo on the server of PRESTKT_BENCH_PG.
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -90,11 +90,9 @@ int main(int argc, char** argv) {
   QApplication app(argc, argv);
   const QString cartella = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("/tmp/prestkt-bench");
   QDir().mkpath(cartella);
-  const QString file = cartella + QStringLiteral("/prezzo.db");
-  const bool nuovo = !QFile::exists(file);
-  DatabasePtr db = Database::OpenSQLite(file);
-  if (nuovo) Riempi(*db);
-  sqlite3* h = bench::Handle(*db);
+  DatabasePtr db = bench::ApriDb(cartella, QStringLiteral("prezzo"), false);
+  if (!db->TableExists(QStringLiteral("Projects"))) Riempi(*db);
+  const auto motore = bench::Nudo::Di(*db);
   gDB = db;
   gPathDB = db->PathDB();
   ScriviConfig(false, QStringLiteral("PrestKT_PercRicLExt"), QStringLiteral("0.5"));
@@ -141,7 +139,7 @@ int main(int argc, char** argv) {
   for (const QString& s : stessiDati) adattati << db->Adapt(s);
   const auto nudo = [&] {
     qint64 righe = 0;
-    for (const QString& s : adattati) righe += bench::Nudo(h, s);
+    for (const QString& s : adattati) righe += motore->Leggi(s);
     return righe;
   };
   bench::Caso(

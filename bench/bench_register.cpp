@@ -5,7 +5,6 @@
 //
 // The database (100 000 models, 1 000 000 activities) is made in the folder on
 // the first run and reused while it is complete. One JSON line per case.
-#include <sqlite3.h>
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -28,7 +27,7 @@ int main(int argc, char** argv) {
   QString cartella;
   DatabasePtr db = bench::ApriDbGrande(argc, argv, &cartella);
   if (!db) return 1;
-  sqlite3* h = bench::Handle(*db);
+  const auto nudo = bench::Nudo::Di(*db);
 
   gDB = db;
   gPathDB = QDir::toNativeSeparators(cartella) + QDir::separator();
@@ -53,7 +52,7 @@ int main(int argc, char** argv) {
         CaricaModelli(gDtIni, gDTEnd, gStatus);
         return gRcsProjects ? static_cast<qint64>(gRcsProjects->RecordCount()) : -1;
       },
-      [&] { return bench::Nudo(h, registro); });
+      [&] { return nudo->Leggi(registro); });
   gRcsProjects.reset();
 
   // One model's working data: the model with the most activities.
@@ -82,9 +81,9 @@ int main(int argc, char** argv) {
         return gRcsAct ? static_cast<qint64>(gRcsAct->RecordCount()) : -1;
       },
       [&] {
-        bench::Nudo(h, disp);
-        bench::Nudo(h, dispDett);
-        return bench::Nudo(h, attivita);
+        nudo->Leggi(disp);
+        nudo->Leggi(dispDett);
+        return nudo->Leggi(attivita);
       });
   gDB.reset();
   return 0;

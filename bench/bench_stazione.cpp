@@ -7,7 +7,6 @@
 //
 // The activities the station adds are removed at the end, so the database
 // stays the one the other benchmarks expect.
-#include <sqlite3.h>
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -23,37 +22,13 @@
 
 using namespace prestkt;
 
-namespace {
-
-qint64 Esegui(sqlite3* h, const QString& sql) {
-  char* errore = nullptr;
-  if (sqlite3_exec(h, sql.toUtf8().constData(), nullptr, nullptr, &errore) != SQLITE_OK) {
-    std::fprintf(stderr, "%s\n", errore);
-    sqlite3_free(errore);
-    return 0;
-  }
-  return 1;
-}
-
-// The first column of the first row of a statement.
-qint64 Primo(sqlite3* h, const QString& sql) {
-  sqlite3_stmt* st = nullptr;
-  qint64 valore = 0;
-  if (sqlite3_prepare_v2(h, sql.toUtf8().constData(), -1, &st, nullptr) == SQLITE_OK && sqlite3_step(st) == SQLITE_ROW)
-    valore = sqlite3_column_int64(st, 0);
-  sqlite3_finalize(st);
-  return valore;
-}
-
-}  // namespace
-
 int main(int argc, char** argv) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication app(argc, argv);
   QString cartella;
   DatabasePtr db = bench::ApriDbGrande(argc, argv, &cartella);
   if (!db) return 1;
-  sqlite3* h = bench::Handle(*db);
+  const auto nudo = bench::Nudo::Di(*db);
   gDB = db;
   gPathDB = QDir::toNativeSeparators(cartella) + QDir::separator();
   qputenv("TEMP", QDir(cartella).absolutePath().toLocal8Bit());
@@ -94,16 +69,18 @@ int main(int argc, char** argv) {
         SetCBValue(f.CBPrest, prestazione, 0);
         f.OptOre_Click(1);
         f.OptMin_Click(6);
-        const qint64 prima = gDB->Select(Sql("SELECT Count(*) FROM ActivitiesProd")).rows.front()[0].toLongLong();
+        // The rows it added (counted by their codes, which the key finds at once).
+        const Sql nuove(QStringLiteral("SELECT Count(*) FROM ActivitiesProd WHERE CAttivita>=%1").arg(primoNuovo));
+        const qint64 prima = gDB->Select(nuove).rows.front()[0].toLongLong();
         f.cmdSave_Click();
-        return gDB->Select(Sql("SELECT Count(*) FROM ActivitiesProd")).rows.front()[0].toLongLong() - prima;
+        return gDB->Select(nuove).rows.front()[0].toLongLong() - prima;
       },
       [&] {
         // The same work through the engine: the number of the year, then the row.
-        Esegui(h, QStringLiteral("BEGIN"));
-        const qint64 codice = Primo(h, numerazione) + 1;
+        nudo->Esegui(QStringLiteral("BEGIN"));
+        const qint64 codice = nudo->Primo(numerazione) + 1;
         const QString d = giorno.toString(QStringLiteral("yyyy-MM-dd"));
-        const qint64 n = Esegui(h, QStringLiteral("INSERT INTO ActivitiesProd (CAttivita, CProject, CDisp, "
+        const qint64 n = nudo->Esegui(db->Adapt(QStringLiteral("INSERT INTO ActivitiesProd (CAttivita, CProject, CDisp, "
                                                   "CUtente, CPrestazione, DtIni, DtEnd, DtRealIni, DtRealEnd, "
                                                   "Stato, TDocRif, NDocRif) VALUES (%1, %2, %3, %4, %5, '%6 "
                                                   "00:00:00', '%6 01:30:00', '%6 00:00:00', '%6 01:30:00', 0, 0, 0)")
@@ -112,8 +89,8 @@ int main(int argc, char** argv) {
                                        .arg(cDisp)
                                        .arg(operatore)
                                        .arg(prestazione)
-                                       .arg(d));
-        Esegui(h, QStringLiteral("COMMIT"));
+                                       .arg(d)));
+        nudo->Esegui(QStringLiteral("COMMIT"));
         return n;
       });
   f.hide();
@@ -155,17 +132,17 @@ int main(int argc, char** argv) {
       },
       [&] {
         qint64 n = 0;
-        for (const QString& s : righeScheda) n += bench::Nudo(h, s);
+        for (const QString& s : righeScheda) n += nudo->Leggi(s);
         return n;
       },
       "pdf_made");
 
   // What the station added goes, and the sheet's print count goes back.
-  Esegui(h, QStringLiteral("DELETE FROM ActivitiesProd WHERE CAttivita>=%1").arg(primoNuovo));
-  Esegui(h, QStringLiteral("UPDATE ProjectsDisp SET NStampa=%1 WHERE CProject=%2 AND CDisp=%3")
+  nudo->Esegui(db->Adapt(QStringLiteral("DELETE FROM ActivitiesProd WHERE CAttivita>=%1").arg(primoNuovo)));
+  nudo->Esegui(db->Adapt(QStringLiteral("UPDATE ProjectsDisp SET NStampa=%1 WHERE CProject=%2 AND CDisp=%3")
                 .arg(nStampa.isNull() ? QStringLiteral("NULL") : nStampa.toString())
                 .arg(cProject)
-                .arg(cDisp));
+                .arg(cDisp)));
   RilasciaRiferimenti();
   return 0;
 }

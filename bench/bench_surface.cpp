@@ -20,17 +20,20 @@ int main(int argc, char** argv) {
   QString cartella;
   DatabasePtr db = bench::ApriDbGrande(argc, argv, &cartella);
   if (!db) return 1;
-  sqlite3* h = bench::Handle(*db);
+  const auto nudo = bench::Nudo::Di(*db);
   const auto periodo = db->Select(Sql("SELECT Min(DtIni), Max(DtIni) FROM Projects")).rows.front();
   const QDateTime dal(CDate(periodo[0]).date(), QTime(0, 0));
   const QDateTime al(CDate(periodo[1]).date(), QTime(0, 0));
   gPathDB = cartella + QLatin1Char('/');
-  const QString registro = db->Adapt(
+  // The register's text as the system writes it; each engine reads it adapted.
+  const QString registroSistema =
       QStringLiteral("SELECT Projects.*, Anagrafica.RagSoc1, ProjectsTipo.DPrjTipo "
                      "FROM (Projects INNER JOIN Anagrafica ON (Projects.CAnag = Anagrafica.CAnag) AND "
                      "(Projects.TAnag = Anagrafica.TAnag)) LEFT JOIN ProjectsTipo ON Projects.CPrjTipo = "
-                     "ProjectsTipo.CPrjTipo WHERE (((Projects.DtIni) Between '") +
-      DateToStorage(dal) + QStringLiteral("' And '") + DateToStorage(al) + QStringLiteral("')) ORDER BY Projects.DtIni; "));
+                     "ProjectsTipo.CPrjTipo WHERE (((Projects.DtIni) Between #") +
+      dal.toString(QStringLiteral("MM/dd/yyyy")) + QStringLiteral("# And #") + al.toString(QStringLiteral("MM/dd/yyyy")) +
+      QStringLiteral("#)) ORDER BY Projects.DtIni; ");
+  const QString registro = db->Adapt(registroSistema);
 
   OCPrestKT ctl;
   ctl.resize(1280, 720);
@@ -50,7 +53,7 @@ int main(int argc, char** argv) {
         QApplication::processEvents();
         return static_cast<qint64>(list->Count());
       },
-      [&] { return bench::Nudo(h, registro); });
+      [&] { return nudo->Leggi(registro); });
 
   // One change of the find text filters the loaded models in memory.
   int giro = 0;
@@ -63,10 +66,10 @@ int main(int argc, char** argv) {
       },
       [&] {
         // The same rows, filtered by the engine.
-        QString sql = registro;
+        QString sql = registroSistema;
         sql.insert(sql.indexOf(QStringLiteral(" ORDER BY")),
-                   QStringLiteral(" AND Projects.DProject LIKE '%") + find->text() + QStringLiteral("%'"));
-        return bench::Nudo(h, sql);
+                   QStringLiteral(" AND Projects.DProject LIKE '*") + find->text() + QStringLiteral("*'"));
+        return nudo->Leggi(db->Adapt(sql));
       });
   gDB.reset();
   return 0;

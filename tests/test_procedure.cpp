@@ -79,6 +79,8 @@ TEST(SqlAdapt, PostgreSQLsOwnForms) {
             " END  AS \"T\"");
   EXPECT_EQ(t.db->Adapt("SELECT Count(*), Max(CAttivita) FROM ActivitiesProd"),
             "SELECT Count(*), Max(\"CAttivita\") FROM \"ActivitiesProd\"");
+  EXPECT_EQ(t.db->Adapt("SELECT NDoc FROM Doc ORDER BY NDoc LIMIT 1"),
+            "SELECT \"NDoc\" FROM \"Doc\" ORDER BY \"NDoc\"  NULLS FIRST LIMIT 1");
   EXPECT_EQ(t.db->Adapt("SELECT * FROM Doc ORDER BY Data DESC, NDoc"),
             "SELECT * FROM \"Doc\" ORDER BY \"Data\" DESC NULLS LAST, \"NDoc\" NULLS FIRST");
   EXPECT_EQ(t.db->Adapt("SELECT (SELECT Max(Riga) FROM DocDett ORDER BY Riga) AS R FROM Doc ORDER BY NDoc;"),
@@ -100,6 +102,8 @@ TEST(SqlAdapt, FunctionsOfTheSystemRunInTheEngine) {
   EXPECT_EQ(t.Scalar("SELECT Year(DtIni) FROM Projects WHERE CProject=202400001").toInt(), 2024);
   EXPECT_EQ(t.Scalar("SELECT Month(DtIni) FROM Projects WHERE CProject=202500003").toInt(), 3);
   EXPECT_EQ(t.Scalar("SELECT DateDiff(\"n\", #01/01/2025 09:50#, #01/01/2025 10:10#)").toInt(), 20);
+  EXPECT_EQ(t.Scalar("SELECT DateDiff(\"ww\", #12/29/2023#, #01/25/2024#)").toInt(), 4);
+  EXPECT_EQ(t.Scalar("SELECT Format(202500001, \"0000-00000\")").toString(), "2025-00001");
   EXPECT_EQ(t.Scalar("SELECT IIf(Stato=9,\"D\",\"F\") FROM Projects WHERE CProject=202500002").toString(), "D");
   // Texts compare without regard to case, as the host's database does.
   EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects WHERE DProject=\"STAMPO POMPA\"").toInt(), 1);

@@ -382,6 +382,17 @@ TEST(ArrotMultiplo, RoundsUpToAMultiple) {
 // DateDiff, MinutiTra, DateAdd, Now, Today
 // ---------------------------------------------------------------------------
 
+// Weeks: "w" counts whole seven days, "ww" the Sundays crossed.
+TEST(DateDiff, WeeksAreSevenDaysOrTheSundaysCrossed) {
+  EXPECT_EQ(DateDiff("w", At(2023, 12, 29), At(2024, 1, 25)), 3);
+  EXPECT_EQ(DateDiff("ww", At(2023, 12, 29), At(2024, 1, 25)), 4);  // 31/12, 7/1, 14/1, 21/1
+  EXPECT_EQ(DateDiff("ww", At(2024, 1, 25), At(2023, 12, 29)), -4);
+  EXPECT_EQ(DateDiff("ww", At(2025, 3, 8), At(2025, 3, 9)), 1);  // Saturday to Sunday
+  EXPECT_EQ(DateDiff("ww", At(2025, 3, 9), At(2025, 3, 15)), 0);  // Sunday to Saturday
+  EXPECT_EQ(DateDiff("w", At(2025, 3, 9), At(2025, 3, 15)), 0);
+  EXPECT_EQ(DateDiff("w", At(2025, 3, 16), At(2025, 3, 8)), -1);
+}
+
 TEST(DateDiff, CountsBoundariesCrossed) {
   EXPECT_EQ(DateDiff("n", At(2025, 3, 7, 10, 50, 59), At(2025, 3, 7, 10, 51, 0)), 1);
   EXPECT_EQ(DateDiff("h", At(2025, 3, 7, 10, 50), At(2025, 3, 7, 11, 10)), 1);

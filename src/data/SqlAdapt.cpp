@@ -159,7 +159,7 @@ bool ParolaChiave(const QString& w) {
           "numeric", "decimal", "varchar", "char", "character", "varying", "text", "citext", "boolean", "interval",
           "any", "some", "collate", "returning", "with", "recursive", "over", "partition", "except", "intersect",
           "using", "natural", "lateral", "only", "of", "for", "share", "lock", "mode", "exclusive", "temp",
-          "temporary", "cascade", "restrict", "schema", "current_date", "current_timestamp", "oid", "int"})
+          "temporary", "cascade", "restrict", "schema", "analyze", "vacuum", "current_date", "current_timestamp", "oid", "int"})
       s.insert(QString::fromLatin1(p));
     return s;
   }();
@@ -309,6 +309,7 @@ QString AdattaSql(const QString& sql, const Database& db) {
           (profondita == ordine && (Is(k, "limit") || Is(k, "offset") || Is(k, "union")));
       if (fine) {
         chiudiVoce(out);
+        if (k.kind == Tok::Word) out += QLatin1Char(' ');
         if (k.text != QLatin1String(",")) ordine = -1;
       } else if (Is(k, "desc")) {
         discendente = true;

@@ -261,7 +261,12 @@ qint64 DateDiff(const QString& interval, const QVariant& from, const QVariant& t
   if (i == QLatin1String("n")) return floorDiv(secs(b), 60) - floorDiv(secs(a), 60);
   if (i == QLatin1String("h")) return floorDiv(secs(b), 3600) - floorDiv(secs(a), 3600);
   if (i == QLatin1String("d") || i == QLatin1String("y")) return a.date().daysTo(b.date());
-  if (i == QLatin1String("ww") || i == QLatin1String("w")) return a.date().daysTo(b.date()) / 7;
+  if (i == QLatin1String("w")) return a.date().daysTo(b.date()) / 7;
+  if (i == QLatin1String("ww")) {
+    // Calendar weeks: the Sundays crossed (the origin is a Saturday).
+    auto settimana = [&](const QDate& d) { return floorDiv(origin.daysTo(d) - 1, 7); };
+    return settimana(b.date()) - settimana(a.date());
+  }
   if (i == QLatin1String("m"))
     return (b.date().year() - a.date().year()) * 12 + (b.date().month() - a.date().month());
   if (i == QLatin1String("q"))
