@@ -181,10 +181,10 @@ DatabasePtr ApriDb(const QString& cartella, const QString& nome, bool nuovo) {
     return Database::OpenSQLite(file);
   }
   const QString schema = QStringLiteral("bench_") + nome;
-  if (nuovo) {
+  {
     auto amministra = Database::OpenPostgreSQL(server, cartella);
-    amministra->Execute(Sql(QStringLiteral("DROP SCHEMA IF EXISTS %1 CASCADE").arg(schema)));
-    amministra->Execute(Sql(QStringLiteral("CREATE SCHEMA %1").arg(schema)));
+    if (nuovo) amministra->Execute(Sql(QStringLiteral("DROP SCHEMA IF EXISTS %1 CASCADE").arg(schema)));
+    amministra->Execute(Sql(QStringLiteral("CREATE SCHEMA IF NOT EXISTS %1").arg(schema)));
   }
   return Database::OpenPostgreSQL(server + QStringLiteral(" options='-c search_path=%1,public'").arg(schema), cartella);
 }
