@@ -1,0 +1,21 @@
+#pragma once
+// The recordsets that the line screen of a host document works on, the
+// default reason of work done outside, and the two link tables made on a
+// database that has none yet.
+#include "Recordset.h"
+
+namespace prestkt {
+
+// rcsD: the dispositions a line may be tied to; rcsFD, rcsFDD: the document's
+// lines and their service kinds. vCCaus takes CercaCausCLav's reason (a byte:
+// a reason above 255 fails the assignment and leaves it as it was). vNewDoc:
+// the document doesn't exist yet, its lines are the structure alone.
+void IniTab4Doc(RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int& vCCaus, int TipoDoc, int NDoc,
+                bool vNewDoc);
+
+// The reason code of work done outside: the one reason named "C/Lavorazione",
+// else the one named "C/Lavoro", else the one whose name holds "Lavor"; 0 when
+// no step finds exactly one.
+int CercaCausCLav();
+
+}  // namespace prestkt
