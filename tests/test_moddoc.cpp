@@ -184,3 +184,111 @@ TEST(IniTab4Doc, ReasonAboveAByteIsAFailureAndLeavesTheReason) {
   EXPECT_TRUE(log[0].endsWith("(6)")) << log[0].toStdString();
   ASSERT_TRUE(fd);  // the rest went on
 }
+
+// The lines collected for a new document (numbered 0 until it is saved) go in
+// under its final numbers, and replace what the document had.
+TEST(SaveDataDoc, LinksOfTheDocumentAreReplacedUnderItsFinalNumbers) {
+  TestDb t;
+  Officina(t);
+  Collega(t);
+  RecordsetPtr d, fd, fdd;
+  int causale = 0;
+  IniTab4Doc(d, fd, fdd, causale, 12, 0, true);
+  fd->AddNew();
+  for (const auto& [campo, valore] : std::vector<std::pair<QString, QVariant>>{
+           {"TipoDoc", 12}, {"NDoc", 0}, {"Scheda", 0}, {"Riga", 1}, {"RigaD", 1}, {"CProject", 202500001},
+           {"CDisp", 3}, {"Qta", 6.0}, {"Importo", 2.75}})
+    fd->SetValue(campo, valore);
+  fd->Update();
+  fdd->AddNew();
+  for (const auto& [campo, valore] : std::vector<std::pair<QString, QVariant>>{
+           {"TipoDoc", 12}, {"NDoc", 0}, {"RigaD", 1}, {"SubRiga", 1}, {"CPrestazione", 8}})
+    fdd->SetValue(campo, valore);
+  fdd->Update();
+  SaveDataDoc(12, 100, fd, fdd);
+  EXPECT_EQ(t.Elenco("SELECT CDisp FROM ProjectsDocDett WHERE TipoDoc=12 AND NDoc=100"), "3");
+  EXPECT_EQ(t.Scalar("SELECT Qta FROM ProjectsDocDett WHERE TipoDoc=12 AND NDoc=100").toDouble(), 6.0);
+  EXPECT_EQ(t.Scalar("SELECT Importo FROM ProjectsDocDett WHERE TipoDoc=12 AND NDoc=100").toDouble(), 2.75);
+  EXPECT_EQ(t.Elenco("SELECT CPrestazione FROM ProjectsDocDettPrest WHERE TipoDoc=12 AND NDoc=100"), "8");
+  // Other documents keep theirs; nothing stays under the provisional number.
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM ProjectsDocDett WHERE NDoc=101").toInt(), 1);
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM ProjectsDocDett WHERE NDoc=0").toInt(), 0);
+  EXPECT_TRUE(t.LogLines("ModDoc", "SaveDataDoc").isEmpty());
+}
+
+TEST(SaveDataDoc, EmptyLinesRemoveTheDocumentsLinks) {
+  TestDb t;
+  Officina(t);
+  Collega(t);
+  RecordsetPtr d, fd, fdd;
+  int causale = 0;
+  IniTab4Doc(d, fd, fdd, causale, 12, 100, true);
+  SaveDataDoc(12, 100, fd, fdd);
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM ProjectsDocDett WHERE NDoc=100").toInt(), 0);
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM ProjectsDocDettPrest WHERE NDoc=100").toInt(), 0);
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM ProjectsDocDett WHERE NDoc=101").toInt(), 1);
+}
+
+// A write that fails takes the deletion back with it: the old links stay, and the failure is logged.
+TEST(SaveDataDoc, FailedWriteKeepsTheOldLinks) {
+  TestDb t;
+  Officina(t);
+  Collega(t);
+  RecordsetPtr d, fd, fdd;
+  int causale = 0;
+  IniTab4Doc(d, fd, fdd, causale, 12, 100, false);
+  ASSERT_EQ(fd->RecordCount(), 2);
+  fd->MoveFirst();
+  fd->SetValue("Qta", 99.0);
+  fd->Update();
+  t.RifiutaScritture("ProjectsDocDett");
+  SaveDataDoc(12, 100, fd, fdd);
+  EXPECT_EQ(t.Elenco("SELECT Qta FROM ProjectsDocDett WHERE NDoc=100 ORDER BY Riga"), "10,4");
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM ProjectsDocDettPrest WHERE NDoc=100").toInt(), 2);
+  EXPECT_FALSE(t.LogLines("ModADO", "ADO2DAO").isEmpty());
+  EXPECT_EQ(t.db->TransactionDepth(), 0);
+  t.AccettaScritture("ProjectsDocDett");
+  SaveDataDoc(12, 100, fd, fdd);
+  EXPECT_EQ(t.Elenco("SELECT Qta FROM ProjectsDocDett WHERE NDoc=100 ORDER BY Riga"), "99,4");
+}
+
+// The time of each disposition of the models asked for, on which time was recorded.
+TEST(PreparaDati, TimeOfTheDispositionsWithActivities) {
+  TestDb t;
+  Officina(t);
+  t.Exec("INSERT INTO ActivitiesProd (CAttivita, CProject, CDisp, CUtente, CPrestazione, DtIni, DtEnd) VALUES "
+         "(202500001, 202500001, 1, 1, 1, '2025-02-03 08:00:00', '2025-02-03 09:00:00'), "
+         "(202500002, 202500001, 1, 1, 1, '2025-02-04 10:00:00', '2025-02-04 10:15:00'), "
+         "(202500003, 202500001, 3, 1, 1, '2025-02-05 10:00:00', '2025-02-05 10:00:00'), "
+         "(202500004, 202500002, 1, 1, 1, '2025-03-01 08:00:00', '2025-03-01 08:30:00')");
+  RecordsetPtr rs = PreparaDati({202500001});
+  ASSERT_TRUE(rs);
+  EXPECT_EQ(Campi(rs), QStringList({"CProject", "CDisp", "RagSoc", "Modello", "TipoMod", "Disposizione", "TipoDisp",
+                                    "Tempo", "Minuti", "DataMax", "Qta"}));
+  ASSERT_EQ(rs->RecordCount(), 2);  // disposition 2 has no activities
+  rs->MoveFirst();
+  EXPECT_EQ(rs->Value("CDisp").toInt(), 1);
+  EXPECT_EQ(rs->Value("Tempo").toString(), "01:15:00");
+  EXPECT_EQ(rs->Value("Minuti").toInt(), 75);
+  EXPECT_EQ(rs->Value("DataMax").toDateTime().date(), QDate(2025, 2, 4));
+  EXPECT_EQ(rs->Value("RagSoc").toString(), "Officina Rossi");
+  EXPECT_EQ(rs->Value("Disposizione").toString(), "Aperta");
+  rs->MoveNext();
+  EXPECT_EQ(rs->Value("CDisp").toInt(), 3);
+  EXPECT_EQ(rs->Value("Tempo").toString(), "00:00:00");
+  // Two models, in the order given.
+  EXPECT_EQ(PreparaDati({202500002, 202500001})->RecordCount(), 3);
+  EXPECT_TRUE(t.LogLines("ModDoc", "PreparaDati").isEmpty());
+}
+
+TEST(PreparaDati, NoModelGivesTheEmptyStructure) {
+  TestDb t;
+  Officina(t);
+  RecordsetPtr rs = PreparaDati({});
+  ASSERT_TRUE(rs) << t.LogLines("ModDoc", "PreparaDati").join('\n').toStdString()
+                  << t.LogLines("ModADO", "ADO2ADO").join('\n').toStdString();
+  EXPECT_EQ(rs->RecordCount(), 0);
+  EXPECT_EQ(rs->FieldDefs().size(), 11u);
+  EXPECT_EQ(rs->FieldInfo(7).Name, "Tempo");
+  EXPECT_EQ(CTempo(0), "00:00");
+}

@@ -274,3 +274,41 @@ TEST(OCPrestKT, HostThatForgetsToCloseEndsCleanly) {
     EXPECT_EQ(p.exitCode(), 0) << modo;
   }
 }
+
+// PreparaDati reads the models checked in the register; the document bridge
+// hands the host's numbers to the document helpers.
+TEST(OCPrestKT, PreparaDatiTakesTheCheckedModelsAndTheBridgeSavesTheLinks) {
+  TestDb t;
+  Registro(t);
+  t.Exec("INSERT INTO ProjectsDispTipo (CPrjDispTipo, DPrjDispTipo) VALUES (1, 'Oraria')");
+  t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp, CPrjDispTipo, Data, Qta, CStato) VALUES "
+         "(202500001, 1, 'Prima', 1, '2025-01-11 00:00:00', 1, 0), (202500002, 1, 'Altra', 1, '2025-02-11 00:00:00', 1, 0)");
+  t.Exec("INSERT INTO ActivitiesProd (CAttivita, CProject, CDisp, DtIni, DtEnd) VALUES "
+         "(202500001, 202500001, 1, '2025-02-03 08:00:00', '2025-02-03 08:45:00'), "
+         "(202500002, 202500002, 1, '2025-02-12 08:00:00', '2025-02-12 09:00:00')");
+  Started s(t);
+  auto* list = s.Find<ListView>("ListView1");
+  ASSERT_TRUE(list);
+  EXPECT_EQ(s.ctl.PreparaDati()->RecordCount(), 0);  // nothing checked
+  for (int i = 0; i < list->Count(); ++i) list->SetChecked(i, list->Key(i) == "K202500002");
+  RecordsetPtr rs = s.ctl.PreparaDati();
+  ASSERT_EQ(rs->RecordCount(), 1);
+  EXPECT_EQ(rs->Value("CProject").toInt(), 202500002);
+  EXPECT_EQ(rs->Value("Tempo").toString(), "01:00:00");
+
+  RecordsetPtr d, fd, fdd;
+  int causale = -1;
+  s.ctl.IniTabDoc(d, fd, fdd, causale, 5, 0, true);
+  ASSERT_TRUE(d && fd && fdd);
+  EXPECT_EQ(d->RecordCount(), 2);
+  EXPECT_EQ(causale, 0);
+  fd->AddNew();
+  fd->SetValue("Scheda", 0);
+  fd->SetValue("Riga", 1);
+  fd->SetValue("RigaD", 1);
+  fd->SetValue("CProject", 202500001);
+  fd->SetValue("CDisp", 1);
+  fd->Update();
+  s.ctl.SaveDataDoc(5, 31, fd, fdd);
+  EXPECT_EQ(t.Elenco("SELECT TipoDoc & '/' & NDoc & '/' & CProject FROM ProjectsDocDett"), "5/31/202500001");
+}

@@ -61,6 +61,11 @@ TEST(SqlAdapt, OldDialectBecomesTheEngines) {
             atteso("UPDATE DocDett SET PzVend = 2, \"PzVendP\" = 2 WHERE DocDett.Riga=1",
                    "UPDATE \"DocDett\" SET \"PzVend\" = 2, \"PzVendP\" = 2 WHERE \"DocDett\".\"Riga\"=1"));
   EXPECT_EQ(t.db->Adapt("SELECT \"It's\" AS X"), atteso("SELECT 'It''s' AS X", "SELECT 'It''s' AS \"X\""));
+  // Constants among the terms of GROUP BY stay constants, not places of columns.
+  EXPECT_EQ(t.db->Adapt("SELECT NDoc, \"\" AS T, 0 AS M FROM Doc GROUP BY NDoc, \"\", 0 HAVING NDoc=1"),
+            atteso("SELECT NDoc, '' AS T, 0 AS M FROM Doc GROUP BY NDoc, CAST('' AS TEXT), CAST(0 AS INTEGER) HAVING NDoc=1",
+                   "SELECT \"NDoc\", '' AS \"T\", 0 AS \"M\" FROM \"Doc\" GROUP BY \"NDoc\", CAST('' AS TEXT), "
+                   "CAST(0 AS INTEGER) HAVING \"NDoc\"=1"));
   const QString oggi = t.db->DateLiteral(Today().addDays(-1000));
   EXPECT_EQ(t.db->Adapt("WHERE ((Doc.Data)>Date()-1000)"),
             atteso("WHERE ((Doc.Data)>", "WHERE ((\"Doc\".\"Data\")>") + oggi + ")");
@@ -123,6 +128,9 @@ TEST(SqlAdapt, TypesOfCallsNestedDeeperThanTheBoundAreUnknown) {
   };
   int size = 0;
   EXPECT_EQ(DaoTypeOfExpression(annidata(3), &size), dbDouble);
+  // Texts joined are a text, whatever signs the texts hold.
+  EXPECT_EQ(DaoTypeOfExpression("TipoDoc & '/' & NDoc AS K", &size), dbText);
+  EXPECT_EQ(DaoTypeOfExpression("Qta * 2", &size), dbDouble);
   EXPECT_EQ(DaoTypeOfExpression(annidata(1000), &size), 0);
 }
 

@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "Guard.h"
+#include "ModDoc.h"
 #include "ModListViewKT.h"
 #include "ModPrestKT.h"
 #include "Procedure.h"
@@ -551,6 +552,24 @@ void OCPrestKT::ShowSettings() {
 }
 
 double OCPrestKT::CalcDatiDisp(int vCProject, int vCDisp) { return prestkt::CalcDatiDisp(vCProject, vCDisp); }
+
+RecordsetPtr OCPrestKT::PreparaDati() {
+  QList<int> modelli;
+  for (int i = 0; i < ListView1->Count(); ++i)
+    if (ListView1->Checked(i)) modelli << ListView1->Key(i).mid(1).toInt();
+  return prestkt::PreparaDati(modelli);
+}
+
+void OCPrestKT::IniTabDoc(RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int& vCCaus, int TipoDoc,
+                          int NDoc, bool vNewDoc) {
+  PosizionaScheda();
+  IniTab4Doc(rcsD, rcsFD, rcsFDD, vCCaus, TipoDoc, NDoc, vNewDoc);
+}
+
+void OCPrestKT::SaveDataDoc(int TipoDoc, int NDoc, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD) {
+  PosizionaScheda();
+  prestkt::SaveDataDoc(TipoDoc, NDoc, rcsFD, rcsFDD);
+}
 
 void OCPrestKT::EditDisp(int vCProjectS, int vCDisp, double vQta, double vPzIni) {
   PosizionaScheda();

@@ -67,6 +67,13 @@ class OCPrestKT : public QWidget {
   void ShowInput();
   // The proposed unit price of a disposition, with no screen.
   double CalcDatiDisp(int vCProject, int vCDisp);
+  // The time of the dispositions of the checked models, one row each.
+  RecordsetPtr PreparaDati();
+  // The recordsets of a host document's line screen (see IniTab4Doc), and the
+  // lines it collected written under the document's final numbers.
+  void IniTabDoc(RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int& vCCaus, int TipoDoc, int NDoc,
+                 bool vNewDoc);
+  void SaveDataDoc(int TipoDoc, int NDoc, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD);
   // Opens the price calculator for the host; a confirmed price comes back by GetDataForFattDiff.
   void EditDisp(int vCProjectS, int vCDisp, double vQta, double vPzIni);
 

@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 
 #include "Guard.h"
+#include "ModPrestKT.h"
 #include "ModADO.h"
 #include "Procedure.h"
 
@@ -139,6 +140,90 @@ int CercaCausCLav() {
         return 0;
       },
       0);
+}
+
+void SaveDataDoc(int TipoDoc, int NDoc, const RecordsetPtr& rcsFD, const RecordsetPtr& rcsFDD) {
+  Guard g(kModulo, QStringLiteral("SaveDataDoc"));
+  const QString documento = QStringLiteral(" WHERE TipoDoc=") + QString::number(TipoDoc) +
+                            QStringLiteral(" AND NDoc=") + QString::number(NDoc);
+  const auto numera = [&](const RecordsetPtr& rs) {
+    rs->SetFilter(QString());
+    for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
+      rs->SetValue(QStringLiteral("TipoDoc"), TipoDoc);
+      rs->SetValue(QStringLiteral("NDoc"), NDoc);
+      rs->Update();
+    }
+  };
+  Transazione t(g);
+  g([&] { QueryExe(QStringLiteral("DELETE * FROM ProjectsDocDett") + documento); });
+  g([&] { numera(rcsFD); });
+  g([&] { ADO2DAO(rcsFD, QStringLiteral("ProjectsDocDett"), true); });
+  g([&] { numera(rcsFDD); });
+  g([&] { QueryExe(QStringLiteral("DELETE * FROM ProjectsDocDettPrest") + documento); });
+  g([&] { ADO2DAO(rcsFDD, QStringLiteral("ProjectsDocDettPrest"), true); });
+}
+
+RecordsetPtr PreparaDati(const QList<int>& modelli) {
+  Guard g(kModulo, QStringLiteral("PreparaDati"));
+  const auto tempi = [](const QString& codice) {
+    return QStringLiteral(
+               "SELECT ActivitiesProd.CProject, ActivitiesProd.CDisp, "
+               "Sum(DateDiff(\"n\",[ActivitiesProd]![DtIni],[ActivitiesProd]![DtEnd])) AS Minuti, "
+               "Max(ActivitiesProd.DtEnd) AS MaxDiDtEnd, ProjectsDisp.Qta FROM ActivitiesProd INNER JOIN "
+               "ProjectsDisp ON (ActivitiesProd.CDisp = ProjectsDisp.CDisp) AND (ActivitiesProd.CProject = "
+               "ProjectsDisp.CProject) GROUP BY ActivitiesProd.CProject, ActivitiesProd.CDisp, ProjectsDisp.Qta "
+               "HAVING ActivitiesProd.CProject=") +
+           codice + QStringLiteral(" ORDER BY ActivitiesProd.CDisp; ");
+  };
+  const auto dati = [](const QString& coppia) {
+    return QStringLiteral(
+               "SELECT Projects.CProject, ProjectsDisp.CDisp, Anagrafica.RagSoc1 AS RagSoc, Projects.DProject AS "
+               "Modello, ProjectsTipo.DPrjTipo AS TipoMod, ProjectsDisp.DDisp AS Disposizione, "
+               "ProjectsDispTipo.DPrjDispTipo AS TipoDisp, \"\" AS Tempo, 0 AS Minuti, ProjectsDisp.Data As DataMax, "
+               "ProjectsDisp.Qta FROM ((ProjectsTipo INNER JOIN Projects ON ProjectsTipo.CPrjTipo = "
+               "Projects.CPrjTipo) INNER JOIN (ProjectsDisp INNER JOIN ProjectsDispTipo ON "
+               "ProjectsDisp.CPrjDispTipo = ProjectsDispTipo.CPrjDispTipo) ON (Projects.CProject = "
+               "ProjectsDisp.CProject) AND (Projects.CProject = ProjectsDisp.CProject)) INNER JOIN Anagrafica ON "
+               "(Projects.CAnag = Anagrafica.CAnag) AND (Projects.TAnag = Anagrafica.TAnag) GROUP BY "
+               "Projects.CProject, ProjectsDisp.CDisp, Anagrafica.RagSoc1, Projects.DProject, ProjectsTipo.DPrjTipo, "
+               "ProjectsDisp.DDisp, ProjectsDispTipo.DPrjDispTipo, \"\", 0, ProjectsDisp.Data, ProjectsDisp.Qta "
+               "HAVING ") +
+           coppia;
+  };
+  // The times of the models, one row per disposition with activities.
+  RecordsetPtr t;
+  g([&] { DAO2ADO(Leggi(tempi(QStringLiteral("0"))), t); });
+  for (const int codice : modelli) g([&] { DAO2ADO(Leggi(tempi(QString::number(codice))), t, {}, true); });
+  // The rows of the result, field by field, with the time, its minutes and the last day.
+  RecordsetPtr s;
+  g([&] { DAO2ADO(Leggi(dati(QStringLiteral("Projects.CProject=-1 AND ProjectsDisp.CDisp=1; "))), s); });
+  g([&] {
+    for (t->MoveFirst(); !t->Eof(); t->MoveNext()) {
+      const QVariant cProject = t->Value(QStringLiteral("CProject")), cDisp = t->Value(QStringLiteral("CDisp"));
+      RecordsetPtr riga = Leggi(dati(QStringLiteral("Projects.CProject=") + CStr(cProject) +
+                                     QStringLiteral(" AND ProjectsDisp.CDisp=") + CStr(cDisp) + QStringLiteral("; ")));
+      for (; !riga->Eof(); riga->MoveNext()) {
+        s->AddNew();
+        for (const FieldDef& f : riga->FieldDefs()) {
+          const QString nome = f.Name.toLower();
+          if (nome == QLatin1String("tempo")) {
+            const QVariant minuti = t->Value(QStringLiteral("Minuti"));
+            s->SetValue(f.Name, IsNull(minuti) ? CTempo(0) : CTempo(CLng(minuti)) + QStringLiteral(":00"));
+          } else if (nome == QLatin1String("minuti")) {
+            s->SetValue(f.Name, t->Value(QStringLiteral("Minuti")));
+          } else if (nome == QLatin1String("datamax")) {
+            s->SetValue(f.Name, Format(t->Value(QStringLiteral("MaxDiDtEnd")), QStringLiteral("dd/mm/yyyy")));
+          } else {
+            s->SetValue(f.Name, riga->Value(f.Name));
+          }
+        }
+        s->Update();
+      }
+    }
+  });
+  RecordsetPtr risultato;
+  g([&] { ADO2ADO(s, risultato, true, false); });
+  return risultato;
 }
 
 }  // namespace prestkt

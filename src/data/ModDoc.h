@@ -18,4 +18,14 @@ void IniTab4Doc(RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, i
 // no step finds exactly one.
 int CercaCausCLav();
 
+// Writes the lines a document's line screen collected under the document's
+// final numbers: its links are replaced as a whole, in one transaction, so a
+// failed write keeps the old ones.
+void SaveDataDoc(int TipoDoc, int NDoc, const RecordsetPtr& rcsFD, const RecordsetPtr& rcsFDD);
+
+// One row per disposition of the given models on which time was recorded:
+// customer, model, disposition, the time "hh:nn:00", its minutes, the day of
+// the last activity and the quantity.
+RecordsetPtr PreparaDati(const QList<int>& modelli);
+
 }  // namespace prestkt

@@ -246,6 +246,50 @@ std::vector<Token> SenzaIIf(const std::vector<Token>& t) {
   return out;
 }
 
+// A constant among the terms of GROUP BY stays a constant: both engines would
+// read a whole number there as the place of a column, and PostgreSQL refuses a
+// text.
+std::vector<Token> CostantiRaggruppate(const std::vector<Token>& t) {
+  std::vector<Token> out;
+  const int n = static_cast<int>(t.size());
+  int raggruppa = -1, profondita = 0;
+  for (int i = 0; i < n; ++i) {
+    const Token& k = t[i];
+    if (k.kind == Tok::Punct && k.text == QLatin1String("(")) ++profondita;
+    if (k.kind == Tok::Punct && k.text == QLatin1String(")")) {
+      if (profondita == raggruppa) raggruppa = -1;
+      --profondita;
+    }
+    if (profondita == raggruppa && (Is(k, "having") || Is(k, "order") || Is(k, "limit") || Is(k, "union") ||
+                                    k.text == QLatin1String(";")))
+      raggruppa = -1;
+    if (Is(k, "by")) {
+      const int p = PrevSolid(t, i - 1);
+      if (p >= 0 && Is(t[p], "group")) raggruppa = profondita;
+    }
+    if (raggruppa == profondita && (k.kind == Tok::Number || k.kind == Tok::String)) {
+      const int p = PrevSolid(t, i - 1), q = NextSolid(t, i + 1);
+      const bool solo = p >= 0 && (Is(t[p], "by") || t[p].text == QLatin1String(",")) &&
+                        (q < 0 || t[q].text == QLatin1String(",") || t[q].text == QLatin1String(")") ||
+                         t[q].text == QLatin1String(";") || Is(t[q], "having") || Is(t[q], "order") ||
+                         Is(t[q], "limit") || Is(t[q], "union"));
+      if (solo) {
+        out.push_back({Tok::Word, QStringLiteral("CAST")});
+        out.push_back({Tok::Punct, QStringLiteral("(")});
+        out.push_back(k);
+        out.push_back({Tok::Space, QStringLiteral(" ")});
+        out.push_back({Tok::Word, QStringLiteral("AS")});
+        out.push_back({Tok::Space, QStringLiteral(" ")});
+        out.push_back({Tok::Word, k.kind == Tok::Number ? QStringLiteral("INTEGER") : QStringLiteral("TEXT")});
+        out.push_back({Tok::Punct, QStringLiteral(")")});
+        continue;
+      }
+    }
+    out.push_back(k);
+  }
+  return out;
+}
+
 }  // namespace
 
 QString TipoColonna(const ColumnDef& c, Engine engine) {
@@ -269,7 +313,7 @@ QString TipoColonna(const ColumnDef& c, Engine engine) {
 
 QString AdattaSql(const QString& sql, const Database& db) {
   const bool pg = db.engine() == Engine::PostgreSQL;
-  const std::vector<Token> t = pg ? SenzaIIf(Tokenize(sql)) : Tokenize(sql);
+  const std::vector<Token> t = CostantiRaggruppate(pg ? SenzaIIf(Tokenize(sql)) : Tokenize(sql));
   int parametro = 0;
   // ORDER BY on PostgreSQL: Nulls come where SQLite puts them, first going up and last going down.
   int ordine = -1, profondita = 0;
@@ -530,8 +574,15 @@ int TypeOfExpression(const QString& expression, int* size, int depth) {
     }
     return 0;
   }
+  // Texts joined make a text; otherwise signs of arithmetic outside the texts make a number.
+  static const QRegularExpression testi(QStringLiteral("'(?:[^']|'')*'|\"(?:[^\"]|\"\")*\""));
+  const QString senzaTesti = QString(e).replace(testi, QStringLiteral("''"));
+  if (senzaTesti.contains(QLatin1Char('&')) || senzaTesti.contains(QLatin1String("||"))) {
+    *size = 255;
+    return dbText;
+  }
   static const QRegularExpression arithmetic(QStringLiteral("[-+*/]"));
-  if (arithmetic.match(e).hasMatch()) return dbDouble;
+  if (arithmetic.match(senzaTesti).hasMatch()) return dbDouble;
   return 0;
 }
 
