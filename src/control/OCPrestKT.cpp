@@ -9,6 +9,7 @@
 
 #include "Guard.h"
 #include "ModDoc.h"
+#include "frmGestOrdFornImm.h"
 #include "ModListViewKT.h"
 #include "ModPrestKT.h"
 #include "Procedure.h"
@@ -569,6 +570,57 @@ void OCPrestKT::IniTabDoc(RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr&
 void OCPrestKT::SaveDataDoc(int TipoDoc, int NDoc, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD) {
   PosizionaScheda();
   prestkt::SaveDataDoc(TipoDoc, NDoc, rcsFD, rcsFDD);
+}
+
+void OCPrestKT::ApriRiga(QWidget* owner, RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD,
+                         const std::function<void(frmGestOrdFornImm&)>& imposta) {
+  PosizionaScheda();
+  frmGestOrdFornImm f(owner ? owner : window());
+  f.rcsD = rcsD;
+  f.rcsFD = rcsFD;
+  f.rcsFDD = rcsFDD;
+  imposta(f);
+  f.Form_Load();
+  f.exec();
+}
+
+void OCPrestKT::AddLineToDoc(QWidget* OwnerForm, RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD,
+                             int vCCaus) {
+  ApriRiga(OwnerForm, rcsD, rcsFD, rcsFDD, [&](frmGestOrdFornImm& f) {
+    f.ForDDT = false;
+    f.vMode = 2;
+    f.vCCaus = vCCaus;
+  });
+}
+
+void OCPrestKT::AddLineToDDT(QWidget* OwnerForm, RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD,
+                             int vTAnagD, int vCAnagD) {
+  ApriRiga(OwnerForm, rcsD, rcsFD, rcsFDD, [&](frmGestOrdFornImm& f) {
+    f.ForDDT = true;
+    f.vMode = 2;
+    f.vTAnagD = vTAnagD;
+    f.vCAnagD = vCAnagD;
+  });
+}
+
+void OCPrestKT::EditLineToDoc(QWidget* OwnerForm, RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD,
+                              int vRigaD) {
+  ApriRiga(OwnerForm, rcsD, rcsFD, rcsFDD, [&](frmGestOrdFornImm& f) {
+    f.ForDDT = false;
+    f.vMode = 1;
+    f.vRigaD = vRigaD;
+  });
+}
+
+void OCPrestKT::EditLineToDDT(QWidget* OwnerForm, RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD,
+                              int vTAnagD, int vCAnagD, int vRigaD) {
+  ApriRiga(OwnerForm, rcsD, rcsFD, rcsFDD, [&](frmGestOrdFornImm& f) {
+    f.ForDDT = true;
+    f.vMode = 1;
+    f.vTAnagD = vTAnagD;
+    f.vCAnagD = vCAnagD;
+    f.vRigaD = vRigaD;
+  });
 }
 
 void OCPrestKT::EditDisp(int vCProjectS, int vCDisp, double vQta, double vPzIni) {

@@ -14,9 +14,13 @@
 
 #include "Database.h"
 #include "ListView.h"
+#include <functional>
+
 #include "OCPrestKTClass.h"
 
 namespace prestkt {
+
+class frmGestOrdFornImm;
 
 class OCPrestKT : public QWidget {
   Q_OBJECT
@@ -74,6 +78,16 @@ class OCPrestKT : public QWidget {
   void IniTabDoc(RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int& vCCaus, int TipoDoc, int NDoc,
                  bool vNewDoc);
   void SaveDataDoc(int TipoDoc, int NDoc, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD);
+  // The line screen of a host document, modal over the host's form: a new line
+  // or the line vRigaD, of a document (with its default reason) or of a
+  // delivery note to the party vTAnagD/vCAnagD. The line comes back through
+  // GetDataFromProjects.
+  void AddLineToDoc(QWidget* OwnerForm, RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int vCCaus);
+  void AddLineToDDT(QWidget* OwnerForm, RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int vTAnagD,
+                    int vCAnagD);
+  void EditLineToDoc(QWidget* OwnerForm, RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int vRigaD);
+  void EditLineToDDT(QWidget* OwnerForm, RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int vTAnagD,
+                     int vCAnagD, int vRigaD);
   // Opens the price calculator for the host; a confirmed price comes back by GetDataForFattDiff.
   void EditDisp(int vCProjectS, int vCDisp, double vQta, double vPzIni);
 
@@ -123,6 +137,9 @@ class OCPrestKT : public QWidget {
   void ReloadDataInCtrl(int& cProject);
   void PosizionaScheda();
   void ApriModello(int codice, int azione);
+  // Opens the line screen with what the four line methods set on it.
+  void ApriRiga(QWidget* owner, RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD,
+                const std::function<void(frmGestOrdFornImm&)>& imposta);
 
   QFrame* Frame1;
   QFrame* Frame2;
