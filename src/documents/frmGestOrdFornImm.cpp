@@ -59,7 +59,10 @@ frmGestOrdFornImm::frmGestOrdFornImm(QWidget* parent) : Scheda(parent, QStringLi
   OCImporto = Nome(new NumericSpin(riga, QStringLiteral("#,##0.00###")), "OCImporto");
   Command1 = Nome(new QPushButton(QStringLiteral("..."), riga), "Command1");
   Command1->setToolTip(QStringLiteral("Calcolo tariffa"));
+  Command1->setFixedWidth(Command1->fontMetrics().horizontalAdvance(QStringLiteral("......")) + 16);
   TBDArt = Nome(new QLineEdit(riga), "TBDArt");
+  // Room for a description as long as a model's name and its disposition's.
+  TBDArt->setMinimumWidth(TBDArt->fontMetrics().averageCharWidth() * 60);
   LimitaTesto(TBDArt, TestoMassimo(QStringLiteral("ProjectsDocDett"), QStringLiteral("DArt")));
   CBCaus = Nome(new QComboBox(riga), "CBCaus");
   CBIva = Nome(new QComboBox(riga), "CBIva");
