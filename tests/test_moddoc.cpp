@@ -292,3 +292,15 @@ TEST(PreparaDati, NoModelGivesTheEmptyStructure) {
   EXPECT_EQ(rs->FieldInfo(7).Name, "Tempo");
   EXPECT_EQ(CTempo(0), "00:00");
 }
+
+// A host that hands over no lines: the failures are logged, nothing crashes,
+// and the transaction keeps the document's links.
+TEST(SaveDataDoc, NoRecordsetsAreLoggedAndKeepTheLinks) {
+  TestDb t;
+  Officina(t);
+  Collega(t);
+  SaveDataDoc(12, 100, nullptr, nullptr);
+  EXPECT_FALSE(t.LogLines("ModDoc", "SaveDataDoc").isEmpty());
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM ProjectsDocDett WHERE NDoc=100").toInt(), 2);
+  EXPECT_EQ(t.db->TransactionDepth(), 0);
+}

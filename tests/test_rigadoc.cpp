@@ -7,6 +7,7 @@
 #include <QTimer>
 
 #include "ModDoc.h"
+#include "ModListViewKT.h"
 #include "OCPrestKT.h"
 #include "ProcedureUi.h"
 #include "TestSupport.h"
@@ -372,4 +373,31 @@ TEST(frmGestOrdFornImm, TheControlsLineMethodsReachTheHost) {
   fd->SetFilter(QString());
   ASSERT_EQ(fd->RecordCount(), 1);
   EXPECT_EQ(fd->Value("Qta").toDouble(), 12);
+}
+
+// A host that hands over no recordsets gets a screen that logs and goes on.
+TEST(frmGestOrdFornImm, NoRecordsetsFromTheHostAreLoggedNotFatal) {
+  TestDb t;
+  Officina(t);
+  for (const int modo : {2, 1}) {
+    frmGestOrdFornImm f;
+    f.vMode = modo;
+    f.vRigaD = 1;
+    f.Form_Load();
+    EXPECT_FALSE(f.CaricaDati(202500001, 1));
+    f.CProject = 202500001;
+    f.lvwPrest->ClearItems();
+    ListViewAddLine(f.lvwPrest, {"Tornitura"}, "K001");
+    f.lvwPrest->SetChecked(0, true);
+    f.TBDArt->setText("Riga");
+    f.vCCaus = 7;
+    f.OCQta->SetValue(1);
+    f.Salva();
+    QTimer::singleShot(0, [] {
+      if (QWidget* w = QApplication::activeModalWidget()) w->close();
+    });
+    f.ShowDispAttive();
+  }
+  EXPECT_FALSE(t.LogLines("frmGestOrdFornImm", "CaricaDati").isEmpty());
+  EXPECT_FALSE(t.LogLines("frmGestOrdFornImm", "Salva").isEmpty());
 }

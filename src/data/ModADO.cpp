@@ -102,6 +102,11 @@ void ADO2ADO(const RecordsetPtr& rsFrom, RecordsetPtr& rsTo, bool tutti, bool ag
 bool ADO2DAO(const RecordsetPtr& rs, const QString& nomeTabella, bool copiaDati, const QStringList& chiavi,
              const QStringList& indici) {
   Guard g(kModulo, QStringLiteral("ADO2DAO"));
+  // Nothing to write from: a failure like any other, logged.
+  if (!g([&] {
+        if (!rs) Raise(err::ObjectNotSet);
+      }))
+    return false;
   Database* db = nullptr;
   g([&] {
     if (!gDB) Raise(err::ObjectNotSet);

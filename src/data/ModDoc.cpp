@@ -147,6 +147,7 @@ void SaveDataDoc(int TipoDoc, int NDoc, const RecordsetPtr& rcsFD, const Records
   const QString documento = QStringLiteral(" WHERE TipoDoc=") + QString::number(TipoDoc) +
                             QStringLiteral(" AND NDoc=") + QString::number(NDoc);
   const auto numera = [&](const RecordsetPtr& rs) {
+    if (!rs) Raise(err::ObjectNotSet);
     rs->SetFilter(QString());
     for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
       rs->SetValue(QStringLiteral("TipoDoc"), TipoDoc);

@@ -220,6 +220,11 @@ QVariant ValoreCopiato(Guard& g, const FieldDef& f, const QVariant& v) {
 void DAO2ADO(const RecordsetPtr& rsDAO, RecordsetPtr& rsADO, const Progress& progress, bool aggiungi,
              bool mostra, bool recStat) {
   Guard g(kModulo, QStringLiteral("DAO2ADO"));
+  // Nothing to copy from: a failure like any other, logged.
+  if (!g([&] {
+        if (!rsDAO) Raise(err::ObjectNotSet);
+      }))
+    return;
   if (!aggiungi) {
     g([&] {
       rsADO.reset();

@@ -26,6 +26,12 @@ W* Nome(W* w, const char* n) {
   return w;
 }
 
+// A recordset the host handed over; one it didn't hand fails as an object not set.
+Recordset* Di(const RecordsetPtr& rs) {
+  if (!rs) Raise(err::ObjectNotSet);
+  return rs.get();
+}
+
 void Riga(QGridLayout* g, int riga, const QString& etichetta, QWidget* campo, int colonne = 1) {
   g->addWidget(new QLabel(etichetta), riga, 0);
   g->addWidget(campo, riga, 1, 1, colonne);
@@ -154,30 +160,30 @@ void frmGestOrdFornImm::IniVideo() {
     });
     return;
   }
-  g([&] { rcsFD->SetFilter(QStringLiteral("RigaD=") + QString::number(vRigaD)); });
-  if (!g.Value([&] { return rcsFD->RecordCount() == 1; }, false)) return;  // the screen stays empty
+  g([&] { Di(rcsFD)->SetFilter(QStringLiteral("RigaD=") + QString::number(vRigaD)); });
+  if (!g.Value([&] { return Di(rcsFD)->RecordCount() == 1; }, false)) return;  // the screen stays empty
   g([&] {
-    CaricaDati(CLng(rcsFD->Value(QStringLiteral("CProject"))), CInt(rcsFD->Value(QStringLiteral("CDisp"))));
+    CaricaDati(CLng(Di(rcsFD)->Value(QStringLiteral("CProject"))), CInt(Di(rcsFD)->Value(QStringLiteral("CDisp"))));
   });
   g([&] {
-    vCCaus = CInt(NullToZero(rcsFD->Value(QStringLiteral("CCaus"))));
+    vCCaus = CInt(NullToZero(Di(rcsFD)->Value(QStringLiteral("CCaus"))));
     CaricaCausali();
   });
   g([&] {
-    CIva = CInt(NullToZero(rcsFD->Value(QStringLiteral("CIVA"))));
+    CIva = CInt(NullToZero(Di(rcsFD)->Value(QStringLiteral("CIVA"))));
     CaricaIva();
   });
   g([&] {
-    OCQta->SetValue(NullToZero(rcsFD->Value(QStringLiteral("Qta"))).toDouble());
-    OCImporto->SetValue(NullToZero(rcsFD->Value(QStringLiteral("Importo"))).toDouble());
-    TBDArt->setText(NullToStr(rcsFD->Value(QStringLiteral("DArt"))));
+    OCQta->SetValue(NullToZero(Di(rcsFD)->Value(QStringLiteral("Qta"))).toDouble());
+    OCImporto->SetValue(NullToZero(Di(rcsFD)->Value(QStringLiteral("Importo"))).toDouble());
+    TBDArt->setText(NullToStr(Di(rcsFD)->Value(QStringLiteral("DArt"))));
   });
-  g([&] { rcsFDD->SetFilter(QStringLiteral("RigaD=") + QString::number(vRigaD)); });
+  g([&] { Di(rcsFDD)->SetFilter(QStringLiteral("RigaD=") + QString::number(vRigaD)); });
   // A kind that no longer stands in the list fails its lookup, which is logged.
-  for (g([&] { rcsFDD->MoveFirst(); }); g.Value([&] { return !rcsFDD->Eof(); }, false); rcsFDD->MoveNext())
+  for (g([&] { Di(rcsFDD)->MoveFirst(); }); g.Value([&] { return !Di(rcsFDD)->Eof(); }, false); Di(rcsFDD)->MoveNext())
     g([&] {
       const int r = lvwPrest->IndexOfKey(QStringLiteral("K") +
-                                         Format(rcsFDD->Value(QStringLiteral("CPrestazione")), QStringLiteral("000")));
+                                         Format(Di(rcsFDD)->Value(QStringLiteral("CPrestazione")), QStringLiteral("000")));
       if (r < 0) Raise(35601, QStringLiteral("Element not found"));
       lvwPrest->SetChecked(r, true);
     });
@@ -187,9 +193,9 @@ bool frmGestOrdFornImm::CaricaDati(int vCProject, int vCDisp) {
   Guard g(kForm, QStringLiteral("CaricaDati"));
   bool trovata = false;
   g([&] {
-    rcsD->SetFilter(QStringLiteral("CProject=") + QString::number(vCProject) + QStringLiteral(" AND CDisp=") +
+    Di(rcsD)->SetFilter(QStringLiteral("CProject=") + QString::number(vCProject) + QStringLiteral(" AND CDisp=") +
                     QString::number(vCDisp));
-    if (rcsD->RecordCount() != 1) {
+    if (Di(rcsD)->RecordCount() != 1) {
       MsgBox(QStringLiteral("ATTENZIONE: Non ho trovato la disposizione (Project:") + QString::number(vCProject) +
                  QStringLiteral(" AND CDisp=") + QString::number(vCDisp) + QStringLiteral(")"),
              vbOKOnly);
@@ -197,12 +203,12 @@ bool frmGestOrdFornImm::CaricaDati(int vCProject, int vCDisp) {
     }
     CProject = vCProject;
     CDisp = vCDisp;
-    TBAnag->setText(NullToStr(rcsD->Value(QStringLiteral("RagSoc1"))));
-    TBDProject->setText(NullToStr(rcsD->Value(QStringLiteral("DProject"))) + QStringLiteral(" (") +
-                        NullToStr(rcsD->Value(QStringLiteral("DPrjTipo"))) + QLatin1Char(')'));
-    TBDDisp->setText(NullToStr(rcsD->Value(QStringLiteral("DPrjDispTipo"))));
-    OCQtaOrd->SetValue(NullToZero(rcsD->Value(QStringLiteral("Qta"))).toDouble());
-    CaricaListPrest(CInt(NullToZero(rcsD->Value(QStringLiteral("CPrjDispTipo")))));
+    TBAnag->setText(NullToStr(Di(rcsD)->Value(QStringLiteral("RagSoc1"))));
+    TBDProject->setText(NullToStr(Di(rcsD)->Value(QStringLiteral("DProject"))) + QStringLiteral(" (") +
+                        NullToStr(Di(rcsD)->Value(QStringLiteral("DPrjTipo"))) + QLatin1Char(')'));
+    TBDDisp->setText(NullToStr(Di(rcsD)->Value(QStringLiteral("DPrjDispTipo"))));
+    OCQtaOrd->SetValue(NullToZero(Di(rcsD)->Value(QStringLiteral("Qta"))).toDouble());
+    CaricaListPrest(CInt(NullToZero(Di(rcsD)->Value(QStringLiteral("CPrjDispTipo")))));
     // The line's default description.
     TBDArt->setText(TBDDisp->text() + QStringLiteral(": ") + TBDProject->text());
     trovata = true;
@@ -260,7 +266,7 @@ void frmGestOrdFornImm::ShowDispAttive() {
     frmDispAttive f(this);
     connect(&f, &frmDispAttive::Reload, this, [this](int& p, int& d) { fDispAttive_Reload(p, d); },
             Qt::DirectConnection);
-    f.recordset = rcsD->Clone();
+    f.recordset = Di(rcsD)->Clone();
     f.ForDDT = ForDDT;
     f.vTAnagD = vTAnagD;
     f.vCAnagD = vCAnagD;
@@ -321,53 +327,53 @@ bool frmGestOrdFornImm::Salva() {
   if (OCQta->Value() == 0) return ferma(QStringLiteral("Devi digitare la quantità!"), OCQta);
   if (vMode == 2) {
     g([&] {
-      rcsFD->SetFilter(QString());
-      if (rcsFD->RecordCount() > 0) {
-        rcsFD->SetSort(QStringLiteral("RigaD DESC"));
-        rcsFD->MoveFirst();
-        vRigaD = CInt(rcsFD->Value(QStringLiteral("RigaD"))) + 1;
+      Di(rcsFD)->SetFilter(QString());
+      if (Di(rcsFD)->RecordCount() > 0) {
+        Di(rcsFD)->SetSort(QStringLiteral("RigaD DESC"));
+        Di(rcsFD)->MoveFirst();
+        vRigaD = CInt(Di(rcsFD)->Value(QStringLiteral("RigaD"))) + 1;
       } else {
         vRigaD = 1;
       }
-      rcsFD->AddNew();
-      rcsFD->SetValue(QStringLiteral("RigaD"), vRigaD);
+      Di(rcsFD)->AddNew();
+      Di(rcsFD)->SetValue(QStringLiteral("RigaD"), vRigaD);
     });
   } else {
-    g([&] { rcsFD->SetFilter(QStringLiteral("RigaD=") + QString::number(vRigaD)); });
+    g([&] { Di(rcsFD)->SetFilter(QStringLiteral("RigaD=") + QString::number(vRigaD)); });
   }
   g([&] {
-    rcsFD->SetValue(QStringLiteral("CProject"), CProject);
-    rcsFD->SetValue(QStringLiteral("CDisp"), CDisp);
-    rcsFD->SetValue(QStringLiteral("Ctipo"), 0);
-    rcsFD->SetValue(QStringLiteral("CArt"), 0);
-    rcsFD->SetValue(QStringLiteral("CVar"), 0);
-    rcsFD->SetValue(QStringLiteral("CodTesto"), QStringLiteral(">"));
-    rcsFD->SetValue(QStringLiteral("CodForn"), QStringLiteral(">"));
-    rcsFD->SetValue(QStringLiteral("DArt"), TBDArt->text());
-    rcsFD->SetValue(QStringLiteral("NotaArt"), nota);
-    rcsFD->SetValue(QStringLiteral("Qta"), OCQta->Value());
-    rcsFD->SetValue(QStringLiteral("CCaus"), vCCaus);
-    rcsFD->SetValue(QStringLiteral("Importo"), OCImporto->Value());
-    rcsFD->SetValue(QStringLiteral("CIVA"), GetCBValue(CBIva));
-    rcsFD->Update();
+    Di(rcsFD)->SetValue(QStringLiteral("CProject"), CProject);
+    Di(rcsFD)->SetValue(QStringLiteral("CDisp"), CDisp);
+    Di(rcsFD)->SetValue(QStringLiteral("Ctipo"), 0);
+    Di(rcsFD)->SetValue(QStringLiteral("CArt"), 0);
+    Di(rcsFD)->SetValue(QStringLiteral("CVar"), 0);
+    Di(rcsFD)->SetValue(QStringLiteral("CodTesto"), QStringLiteral(">"));
+    Di(rcsFD)->SetValue(QStringLiteral("CodForn"), QStringLiteral(">"));
+    Di(rcsFD)->SetValue(QStringLiteral("DArt"), TBDArt->text());
+    Di(rcsFD)->SetValue(QStringLiteral("NotaArt"), nota);
+    Di(rcsFD)->SetValue(QStringLiteral("Qta"), OCQta->Value());
+    Di(rcsFD)->SetValue(QStringLiteral("CCaus"), vCCaus);
+    Di(rcsFD)->SetValue(QStringLiteral("Importo"), OCImporto->Value());
+    Di(rcsFD)->SetValue(QStringLiteral("CIVA"), GetCBValue(CBIva));
+    Di(rcsFD)->Update();
   });
   // The line's service kinds, written anew.
   g([&] {
-    rcsFDD->SetFilter(QStringLiteral("RigaD=") + QString::number(vRigaD));
-    while (!rcsFDD->Eof()) {
-      rcsFDD->Delete();
-      rcsFDD->MoveNext();
+    Di(rcsFDD)->SetFilter(QStringLiteral("RigaD=") + QString::number(vRigaD));
+    while (!Di(rcsFDD)->Eof()) {
+      Di(rcsFDD)->Delete();
+      Di(rcsFDD)->MoveNext();
     }
   });
   g([&] {
     int subRiga = 0;
     for (int i = 0; i < lvwPrest->Count(); ++i) {
       if (!lvwPrest->Checked(i)) continue;
-      rcsFDD->AddNew();
-      rcsFDD->SetValue(QStringLiteral("RigaD"), vRigaD);
-      rcsFDD->SetValue(QStringLiteral("SubRiga"), ++subRiga);
-      rcsFDD->SetValue(QStringLiteral("CPrestazione"), lvwPrest->Key(i).right(3).toInt());
-      rcsFDD->Update();
+      Di(rcsFDD)->AddNew();
+      Di(rcsFDD)->SetValue(QStringLiteral("RigaD"), vRigaD);
+      Di(rcsFDD)->SetValue(QStringLiteral("SubRiga"), ++subRiga);
+      Di(rcsFDD)->SetValue(QStringLiteral("CPrestazione"), lvwPrest->Key(i).right(3).toInt());
+      Di(rcsFDD)->Update();
     }
   });
   g([&] { gOcxEventS->SendDataDoc(rcsFD, rcsFDD, vRigaD, vMode); });
