@@ -19,6 +19,7 @@
 #include <QUrl>
 
 #include "DemoData.h"
+#include "HostDocumenti.h"
 #include "HostPrezzi.h"
 #include "HostRegistri.h"
 #include "Messages.h"
@@ -211,10 +212,14 @@ void HostWindow::ConnectControl() {
 
   connect(ctl_, &OCPrestKT::ClosePrg, this, &HostWindow::Termina, diretta);
 
-  // The host's document screens are not part of this program yet: what the
-  // component sends for them is shown in the status bar.
+  // A line made on the component's line screen belongs to the document open;
+  // without one, what the component sends is shown in the status bar.
   connect(ctl_, &OCPrestKT::GetDataFromProjects, this,
           [this](RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int& vRigaD, int& vMode) {
+            if (documento_) {
+              documento_->RigaDalComponente(rcsFD, rcsFDD, vRigaD, vMode);
+              return;
+            }
             auto righe = [](const RecordsetPtr& rs) {
               try {
                 return rs && rs->IsOpen() ? rs->RecordCount() : 0;
@@ -303,6 +308,15 @@ void HostWindow::BuildMenus() {
                                                [this] { TariffeClienti()->Apri(); });
   tariffeClienti->setObjectName(QStringLiteral("actTariffeClienti"));
 
+  QMenu* documenti = menuBar()->addMenu(QStringLiteral("&Documenti"));
+  documenti->setObjectName(QStringLiteral("mnuDocumenti"));
+  QAction* ordine = documenti->addAction(QStringLiteral("Nuovo &ordine a fornitore..."), this,
+                                         [this] { NuovoDocumento(12); });
+  ordine->setObjectName(QStringLiteral("actNuovoOrdine"));
+  QAction* ddt = documenti->addAction(QStringLiteral("Nuovo &DDT a cliente..."), this, [this] { NuovoDocumento(5); });
+  ddt->setObjectName(QStringLiteral("actNuovoDDT"));
+  for (QAction* a : {ordine, ddt}) a->setEnabled(!o_.onlyInput);
+
   QMenu* strumenti = menuBar()->addMenu(QStringLiteral("&Strumenti"));
   strumenti->setObjectName(QStringLiteral("mnuStrumenti"));
   QAction* impostazioni = strumenti->addAction(QStringLiteral("&Impostazioni prezzi..."), ctl_, &OCPrestKT::ShowSettings);
@@ -311,6 +325,17 @@ void HostWindow::BuildMenus() {
   QAction* stazione = strumenti->addAction(QStringLiteral("Inserimento &prestazioni..."), ctl_, &OCPrestKT::ShowInput);
   stazione->setObjectName(QStringLiteral("actInserimentoPrestazioni"));
 }
+
+vorn::DocumentoDialog* HostWindow::NuovoDocumento(int tipo) {
+  // One document at a time: the component's lines go to it.
+  if (documento_) documento_->close();
+  documento_ = new vorn::DocumentoDialog(*db_, ctl_, tipo, 0, this);
+  documento_->setAttribute(Qt::WA_DeleteOnClose);
+  documento_->show();
+  return documento_;
+}
+
+vorn::DocumentoDialog* HostWindow::Documento() const { return documento_; }
 
 vorn::AnagraficheDialog* HostWindow::Anagrafiche() {
   if (!anagrafiche_) anagrafiche_ = new vorn::AnagraficheDialog(*db_, this);

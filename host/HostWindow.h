@@ -16,6 +16,7 @@ class QAction;
 
 namespace vorn {
 class AnagraficheDialog;
+class DocumentoDialog;
 class PeriodoDialog;
 class PrestazioniDialog;
 class PrezziDisposizioniDialog;
@@ -57,6 +58,9 @@ class HostWindow : public QMainWindow {
   vorn::TariffeDialog* TariffeGenerali();
   vorn::TariffeDialog* TariffeClienti();
   vorn::PrezziDisposizioniDialog* PrezziDisposizioni();
+  // A new document of the kind (12 supplier order, 5 delivery note), shown modeless.
+  vorn::DocumentoDialog* NuovoDocumento(int tipo);
+  vorn::DocumentoDialog* Documento() const;  // the document open, if any
   vorn::PeriodoDialog* Periodo();
 
   // Opens the dialog of the period and state on the component's values.
@@ -92,6 +96,7 @@ class HostWindow : public QMainWindow {
   QPointer<vorn::TariffeDialog> tariffeGenerali_;
   QPointer<vorn::TariffeDialog> tariffeClienti_;
   QPointer<vorn::PrezziDisposizioniDialog> prezzi_;
+  QPointer<vorn::DocumentoDialog> documento_;
   QPointer<vorn::PeriodoDialog> periodo_;
   bool uscitaRichiesta_ = false;
 };

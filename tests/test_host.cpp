@@ -21,6 +21,8 @@
 
 #include "CalcDatiDisp.h"
 #include "DemoData.h"
+#include "HostDocumenti.h"
+#include "ProcedureUi.h"
 #include "HostPrezzi.h"
 #include "HostRegistri.h"
 #include "HostWindow.h"
@@ -28,6 +30,7 @@
 #include "NumericSpin.h"
 #include "TestSupport.h"
 #include "frmCalcPzVend.h"
+#include "frmGestOrdFornImm.h"
 #include "frmSettings.h"
 
 using namespace prestkt;
@@ -1520,4 +1523,109 @@ TEST(Host, CalculatorPriceComesBackToTheDialog) {
     h.ClickItem(list, altra);
     EXPECT_EQ(confermato->text(), "");
   }
+}
+
+// The road of external work and of a delivery note through the host's
+// documents: a supplier order line tied to a disposition, saved and changed,
+// and a delivery note line with the registered kinds; the link tables hold
+// exactly the rows of each save.
+TEST(Host, DocumentLinesTiedToADispositionReachTheLinkTables) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  const auto scelta =
+      h.db->Select(Sql("SELECT d.CProject, d.CDisp, p.CAnag FROM ((ProjectsDisp d INNER JOIN Projects p ON "
+                       "p.CProject=d.CProject) INNER JOIN ProjectsDispTipo t ON t.CPrjDispTipo=d.CPrjDispTipo) "
+                       "WHERE p.Stato=0 AND d.CStato=0 AND t.TipoFatt=2 AND p.TAnag=1 AND (SELECT Count(*) FROM "
+                       "ProjectsDispDett x WHERE x.CProject=d.CProject AND x.CDisp=d.CDisp) > 0 AND (SELECT "
+                       "Count(*) FROM ProjectsDisp2Prest k WHERE k.CPrjDispTipo=d.CPrjDispTipo) > 0 "
+                       "ORDER BY d.CProject, d.CDisp"))
+          .rows;
+  ASSERT_FALSE(scelta.empty());
+  const int cProject = scelta[0][0].toInt(), cDisp = scelta[0][1].toInt(), cliente = scelta[0][2].toInt();
+  const auto linee = [&](const char* sql) { return h.Scalar(Sql(sql)).toInt(); };
+  const int ordiniPrima = linee("SELECT Count(*) FROM ProjectsDocDett WHERE TipoDoc=12");
+
+  // A supplier order: one line from the project, saved.
+  auto* voce = h.w->findChild<QAction*>("actNuovoOrdine");
+  ASSERT_TRUE(voce);
+  voce->trigger();
+  DocumentoDialog* doc = h.w->Documento();
+  ASSERT_TRUE(doc);
+  EXPECT_EQ(doc->windowTitle(), "Ordine a fornitore (nuovo)");
+  doc->cbAnag->setCurrentIndex(1);
+  QTimer::singleShot(0, [&] {
+    auto* f = qobject_cast<frmGestOrdFornImm*>(QApplication::activeModalWidget());
+    ASSERT_TRUE(f);
+    EXPECT_EQ(f->windowTitle(), "Aggiunta riga da progetto");
+    f->CaricaDati(cProject, cDisp);
+    f->lvwPrest->SetChecked(0, true);
+    f->OCQta->SetValue(100);
+    f->OCImporto->SetValue(2.5);
+    f->EseguiAzione(1);
+    if (f->isVisible()) f->close();
+  });
+  h.Click(doc, "btnAggiungi");
+  ASSERT_EQ(doc->Righe(), 1);
+  ASSERT_TRUE(doc->Salva());
+  const int nOrdine = doc->NDoc();
+  EXPECT_GT(nOrdine, 0);
+  EXPECT_EQ(h.Scalar(Sql(QString("SELECT Qta FROM DocFornDett WHERE TipoDoc=12 AND NDoc=%1 AND Riga=1").arg(nOrdine)))
+                .toDouble(),
+            100);
+  EXPECT_EQ(h.Scalar(Sql(QString("SELECT Count(*) FROM ProjectsDocDett WHERE TipoDoc=12 AND NDoc=%1 AND Scheda=0 AND "
+                                 "Riga=1 AND RigaD=1 AND CProject=%2 AND CDisp=%3 AND Qta=100")
+                             .arg(nOrdine)
+                             .arg(cProject)
+                             .arg(cDisp)))
+                .toInt(),
+            1);
+  EXPECT_EQ(h.Scalar(Sql(QString("SELECT Count(*) FROM ProjectsDocDettPrest WHERE TipoDoc=12 AND NDoc=%1 AND RigaD=1")
+                             .arg(nOrdine)))
+                .toInt(),
+            1);
+  // The line changed and saved again: the same one row, with the new quantity.
+  doc->twRighe->setCurrentItem(doc->twRighe->topLevelItem(0));
+  QTimer::singleShot(0, [&] {
+    auto* f = qobject_cast<frmGestOrdFornImm*>(QApplication::activeModalWidget());
+    ASSERT_TRUE(f);
+    EXPECT_EQ(f->windowTitle(), "Modifica riga da progetto");
+    f->OCQta->SetValue(60);
+    f->EseguiAzione(1);
+    if (f->isVisible()) f->close();
+  });
+  h.Click(doc, "btnModifica");
+  ASSERT_TRUE(doc->Salva());
+  EXPECT_EQ(doc->NDoc(), nOrdine);
+  EXPECT_EQ(linee("SELECT Count(*) FROM ProjectsDocDett WHERE TipoDoc=12"), ordiniPrima + 1);
+  EXPECT_EQ(h.Scalar(Sql(QString("SELECT Qta FROM ProjectsDocDett WHERE TipoDoc=12 AND NDoc=%1").arg(nOrdine))).toDouble(),
+            60);
+  doc->close();
+
+  // A delivery note to the customer: the registered kinds come checked.
+  h.w->findChild<QAction*>("actNuovoDDT")->trigger();
+  doc = h.w->Documento();
+  ASSERT_TRUE(doc);
+  SetCBValue(doc->cbAnag, cliente, 0);
+  int spuntate = 0;
+  QTimer::singleShot(0, [&] {
+    auto* f = qobject_cast<frmGestOrdFornImm*>(QApplication::activeModalWidget());
+    ASSERT_TRUE(f);
+    EXPECT_FALSE(f->OCFrame4->isEnabled());
+    f->CaricaDati(cProject, cDisp);
+    for (int i = 0; i < f->lvwPrest->Count(); ++i) spuntate += f->lvwPrest->Checked(i) ? 1 : 0;
+    f->OCQta->SetValue(40);
+    SetCBValue(f->CBCaus, h.Scalar(Sql("SELECT Min(CTabGen) FROM TabGen WHERE CTipTabGen=1")).toInt(), 0);
+    f->EseguiAzione(1);
+    if (f->isVisible()) f->close();
+  });
+  h.Click(doc, "btnAggiungi");
+  EXPECT_GT(spuntate, 0);
+  ASSERT_EQ(doc->Righe(), 1);
+  ASSERT_TRUE(doc->Salva());
+  EXPECT_EQ(h.Scalar(Sql(QString("SELECT Count(*) FROM ProjectsDocDettPrest WHERE TipoDoc=5 AND NDoc=%1")
+                             .arg(doc->NDoc())))
+                .toInt(),
+            spuntate);
+  EXPECT_EQ(h.Scalar(Sql(QString("SELECT CAnag FROM Doc WHERE TipoDoc=5 AND NDoc=%1").arg(doc->NDoc()))).toInt(), cliente);
+  doc->close();
 }
