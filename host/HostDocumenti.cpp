@@ -11,6 +11,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cmath>
 
 #include "Messages.h"
 #include "ModADO.h"
@@ -68,8 +69,10 @@ DocumentoDialog::DocumentoDialog(Database& db, OCPrestKT* ctl, int tipo, int nDo
   twRighe->setRootIsDecorated(false);
   twRighe->setHeaderLabels({QStringLiteral("Riga"), QStringLiteral("Descrizione"), QStringLiteral("Qtà"),
                             QStringLiteral("Prezzo"), QStringLiteral("Disposizione"), QStringLiteral("Prestazioni")});
+  for (int c : {0, 2, 3, 4}) twRighe->header()->setSectionResizeMode(c, QHeaderView::ResizeToContents);
   twRighe->header()->setSectionResizeMode(1, QHeaderView::Stretch);
-  twRighe->setMinimumSize(760, 220);
+  twRighe->header()->setStretchLastSection(false);
+  twRighe->setMinimumSize(900, 220);
 
   btnAggiungi = new QPushButton(QStringLiteral("Aggiungi riga da progetto..."), this);
   btnAggiungi->setObjectName(QStringLiteral("btnAggiungi"));
@@ -152,7 +155,10 @@ void DocumentoDialog::MostraRighe() {
   twRighe->clear();
   for (const Riga& r : righe_) {
     auto* it = new QTreeWidgetItem(
-        twRighe, {N(r.riga), r.dArt, Format(r.qta, QStringLiteral("#,##0.##")), Format(r.prezzo, QStringLiteral("#,##0.00###")),
+        twRighe, {N(r.riga), r.dArt,
+                  // A whole quantity without a decimal comma of its own.
+                  Format(r.qta, r.qta == std::floor(r.qta) ? QStringLiteral("#,##0") : QStringLiteral("#,##0.00###")),
+                  Format(r.prezzo, QStringLiteral("#,##0.00###")),
                   r.cProject ? Format(r.cProject, QStringLiteral("0000-00000")) + QLatin1Char('/') +
                                    Format(r.cDisp, QStringLiteral("000"))
                              : QString(),
