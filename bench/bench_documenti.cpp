@@ -24,18 +24,8 @@ int main(int argc, char** argv) {
   gPathDB = QDir::toNativeSeparators(cartella) + QDir::separator();
 
   // The statements IniTab4Doc runs, as the engine reads them.
-  const QString campi = QStringLiteral(
-      "SELECT Projects.CProject, ProjectsDisp.CDisp, Projects.DProject, Projects.CPrjTipo, ProjectsTipo.DPrjTipo, "
-      "Projects.TAnag, Projects.CAnag, Anagrafica.RagSoc1, Projects.Stato, Projects.DtIni, ProjectsDisp.DDisp, "
-      "ProjectsDispTipo.DPrjDispTipo, ProjectsDisp.CStato, ProjectsDisp.Qta, ProjectsDisp.CPrjDispTipo");
   const QStringList documento = {
-      db->Adapt(campi + QStringLiteral(
-                            " FROM (((Projects INNER JOIN Anagrafica ON (Projects.CAnag = Anagrafica.CAnag) AND "
-                            "(Projects.TAnag = Anagrafica.TAnag)) INNER JOIN ProjectsTipo ON Projects.CPrjTipo = "
-                            "ProjectsTipo.CPrjTipo) INNER JOIN ProjectsDisp ON Projects.CProject = "
-                            "ProjectsDisp.CProject) INNER JOIN ProjectsDispTipo ON ProjectsDisp.CPrjDispTipo = "
-                            "ProjectsDispTipo.CPrjDispTipo WHERE Projects.Stato=0 AND ProjectsDisp.CStato=0 ORDER BY "
-                            "Projects.CProject, ProjectsDisp.CDisp; ")),
+      db->Adapt(SqlDisposizioniAperte()),
       db->Adapt(QStringLiteral("SELECT * FROM ProjectsDocDett WHERE TipoDoc=12 AND NDoc=1")),
       db->Adapt(QStringLiteral("SELECT * FROM ProjectsDocDettPrest WHERE TipoDoc=12 AND NDoc=1"))};
   bench::Caso(
@@ -56,32 +46,8 @@ int main(int argc, char** argv) {
   QList<int> modelli;
   for (const Row& r : db->Select(Sql("SELECT DISTINCT CProject FROM ActivitiesProd ORDER BY CProject LIMIT 1000")).rows)
     modelli << r[0].toInt();
-  const auto tempi = [&](int codice) {
-    return db->Adapt(QStringLiteral(
-                         "SELECT ActivitiesProd.CProject, ActivitiesProd.CDisp, "
-                         "Sum(DateDiff(\"n\",[ActivitiesProd]![DtIni],[ActivitiesProd]![DtEnd])) AS Minuti, "
-                         "Max(ActivitiesProd.DtEnd) AS MaxDiDtEnd, ProjectsDisp.Qta FROM ActivitiesProd INNER JOIN "
-                         "ProjectsDisp ON (ActivitiesProd.CDisp = ProjectsDisp.CDisp) AND (ActivitiesProd.CProject = "
-                         "ProjectsDisp.CProject) GROUP BY ActivitiesProd.CProject, ActivitiesProd.CDisp, "
-                         "ProjectsDisp.Qta HAVING ActivitiesProd.CProject=") +
-                     QString::number(codice) + QStringLiteral(" ORDER BY ActivitiesProd.CDisp; "));
-  };
-  const auto dati = [&](const QString& coppia) {
-    return db->Adapt(
-        QStringLiteral(
-            "SELECT Projects.CProject, ProjectsDisp.CDisp, Anagrafica.RagSoc1 AS RagSoc, Projects.DProject AS "
-            "Modello, ProjectsTipo.DPrjTipo AS TipoMod, ProjectsDisp.DDisp AS Disposizione, "
-            "ProjectsDispTipo.DPrjDispTipo AS TipoDisp, \"\" AS Tempo, 0 AS Minuti, ProjectsDisp.Data As DataMax, "
-            "ProjectsDisp.Qta FROM ((ProjectsTipo INNER JOIN Projects ON ProjectsTipo.CPrjTipo = "
-            "Projects.CPrjTipo) INNER JOIN (ProjectsDisp INNER JOIN ProjectsDispTipo ON "
-            "ProjectsDisp.CPrjDispTipo = ProjectsDispTipo.CPrjDispTipo) ON (Projects.CProject = "
-            "ProjectsDisp.CProject) AND (Projects.CProject = ProjectsDisp.CProject)) INNER JOIN Anagrafica ON "
-            "(Projects.CAnag = Anagrafica.CAnag) AND (Projects.TAnag = Anagrafica.TAnag) GROUP BY "
-            "Projects.CProject, ProjectsDisp.CDisp, Anagrafica.RagSoc1, Projects.DProject, ProjectsTipo.DPrjTipo, "
-            "ProjectsDisp.DDisp, ProjectsDispTipo.DPrjDispTipo, \"\", 0, ProjectsDisp.Data, ProjectsDisp.Qta "
-            "HAVING ") +
-        coppia);
-  };
+  const auto tempi = [&](int codice) { return db->Adapt(SqlTempiDisposizioni(QString::number(codice))); };
+  const auto dati = [&](const QString& coppia) { return db->Adapt(SqlDatiDisposizione(coppia)); };
   // The pairs with time, known before: the bare side runs the same statements without our layer.
   std::vector<std::pair<int, int>> coppie;
   for (int codice : modelli)

@@ -32,7 +32,6 @@ const std::vector<TipoDocumento>& Tipi() {
   return tipi;
 }
 
-QString N(qlonglong v) { return QString::number(v); }
 
 }  // namespace
 

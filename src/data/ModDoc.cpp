@@ -40,21 +40,50 @@ const QString kCampiDisp = QStringLiteral(
 
 }  // namespace
 
+QString SqlDisposizioniAperte() {
+  return kCampiDisp +
+         QStringLiteral(" FROM (((Projects INNER JOIN Anagrafica ON (Projects.CAnag = Anagrafica.CAnag) AND "
+                        "(Projects.TAnag = Anagrafica.TAnag)) INNER JOIN ProjectsTipo ON Projects.CPrjTipo = "
+                        "ProjectsTipo.CPrjTipo) INNER JOIN ProjectsDisp ON Projects.CProject = "
+                        "ProjectsDisp.CProject) INNER JOIN ProjectsDispTipo ON ProjectsDisp.CPrjDispTipo = "
+                        "ProjectsDispTipo.CPrjDispTipo WHERE Projects.Stato=0 AND ProjectsDisp.CStato=0 ORDER BY "
+                        "Projects.CProject, ProjectsDisp.CDisp; ");
+}
+
+QString SqlTempiDisposizioni(const QString& codice) {
+  return QStringLiteral(
+             "SELECT ActivitiesProd.CProject, ActivitiesProd.CDisp, "
+             "Sum(DateDiff(\"n\",[ActivitiesProd]![DtIni],[ActivitiesProd]![DtEnd])) AS Minuti, "
+             "Max(ActivitiesProd.DtEnd) AS MaxDiDtEnd, ProjectsDisp.Qta FROM ActivitiesProd INNER JOIN "
+             "ProjectsDisp ON (ActivitiesProd.CDisp = ProjectsDisp.CDisp) AND (ActivitiesProd.CProject = "
+             "ProjectsDisp.CProject) GROUP BY ActivitiesProd.CProject, ActivitiesProd.CDisp, ProjectsDisp.Qta "
+             "HAVING ActivitiesProd.CProject=") +
+         codice + QStringLiteral(" ORDER BY ActivitiesProd.CDisp; ");
+}
+
+QString SqlDatiDisposizione(const QString& coppia) {
+  return QStringLiteral(
+             "SELECT Projects.CProject, ProjectsDisp.CDisp, Anagrafica.RagSoc1 AS RagSoc, Projects.DProject AS "
+             "Modello, ProjectsTipo.DPrjTipo AS TipoMod, ProjectsDisp.DDisp AS Disposizione, "
+             "ProjectsDispTipo.DPrjDispTipo AS TipoDisp, \"\" AS Tempo, 0 AS Minuti, ProjectsDisp.Data As DataMax, "
+             "ProjectsDisp.Qta FROM ((ProjectsTipo INNER JOIN Projects ON ProjectsTipo.CPrjTipo = "
+             "Projects.CPrjTipo) INNER JOIN (ProjectsDisp INNER JOIN ProjectsDispTipo ON "
+             "ProjectsDisp.CPrjDispTipo = ProjectsDispTipo.CPrjDispTipo) ON (Projects.CProject = "
+             "ProjectsDisp.CProject) AND (Projects.CProject = ProjectsDisp.CProject)) INNER JOIN Anagrafica ON "
+             "(Projects.CAnag = Anagrafica.CAnag) AND (Projects.TAnag = Anagrafica.TAnag) GROUP BY "
+             "Projects.CProject, ProjectsDisp.CDisp, Anagrafica.RagSoc1, Projects.DProject, ProjectsTipo.DPrjTipo, "
+             "ProjectsDisp.DDisp, ProjectsDispTipo.DPrjDispTipo, \"\", 0, ProjectsDisp.Data, ProjectsDisp.Qta "
+             "HAVING ") +
+         coppia;
+}
+
 void IniTab4Doc(RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int& vCCaus, int TipoDoc, int NDoc,
                 bool vNewDoc) {
   Guard g(kModulo, QStringLiteral("IniTab4Doc"));
   Clessidra clessidra;
   // The open dispositions.
   g([&] {
-    RecordsetPtr rs = Leggi(
-                  kCampiDisp +
-                      QStringLiteral(
-                          " FROM (((Projects INNER JOIN Anagrafica ON (Projects.CAnag = Anagrafica.CAnag) AND "
-                          "(Projects.TAnag = Anagrafica.TAnag)) INNER JOIN ProjectsTipo ON Projects.CPrjTipo = "
-                          "ProjectsTipo.CPrjTipo) INNER JOIN ProjectsDisp ON Projects.CProject = "
-                          "ProjectsDisp.CProject) INNER JOIN ProjectsDispTipo ON ProjectsDisp.CPrjDispTipo = "
-                          "ProjectsDispTipo.CPrjDispTipo WHERE Projects.Stato=0 AND ProjectsDisp.CStato=0 ORDER BY "
-                          "Projects.CProject, ProjectsDisp.CDisp; "));
+    RecordsetPtr rs = Leggi(SqlDisposizioniAperte());
     DAO2ADO(rs, rcsD);
   });
   // Those this document already uses, appended: with the same two state
@@ -74,7 +103,7 @@ void IniTab4Doc(RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, i
                 "Projects.DtIni, ProjectsDisp.DDisp, ProjectsDispTipo.DPrjDispTipo, ProjectsDisp.CStato, "
                 "ProjectsDisp.Qta, ProjectsDisp.CPrjDispTipo, ProjectsDocDett.TipoDoc, ProjectsDocDett.NDoc, "
                 "(([Projects].[Stato])=0) And (([ProjectsDisp].[CStato])=0) HAVING ProjectsDocDett.TipoDoc=") +
-            QString::number(TipoDoc) + QStringLiteral(" AND ProjectsDocDett.NDoc=") + QString::number(NDoc) +
+            N(TipoDoc) + QStringLiteral(" AND ProjectsDocDett.NDoc=") + N(NDoc) +
             QStringLiteral(" AND [Projects].[Stato]=0 AND [ProjectsDisp].[CStato]=0 ORDER BY Projects.CProject, "
                            "ProjectsDisp.CDisp; "));
     DAO2ADO(rs, rcsD, {}, true);
@@ -114,7 +143,7 @@ void IniTab4Doc(RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, i
               {QStringLiteral("TipoDoc"), QStringLiteral("NDoc"), QStringLiteral("RigaD"), QStringLiteral("SubRiga")});
     });
   } else {
-    const QString documento = QStringLiteral(" WHERE TipoDoc=") + QString::number(TipoDoc) + QStringLiteral(" AND NDoc=") + QString::number(NDoc);
+    const QString documento = QStringLiteral(" WHERE TipoDoc=") + N(TipoDoc) + QStringLiteral(" AND NDoc=") + N(NDoc);
     g([&] {
       DAO2ADO(Leggi(QStringLiteral("SELECT * FROM ProjectsDocDett") + documento), rcsFD, {}, false, vNewDoc);
     });
@@ -144,8 +173,8 @@ int CercaCausCLav() {
 
 void SaveDataDoc(int TipoDoc, int NDoc, const RecordsetPtr& rcsFD, const RecordsetPtr& rcsFDD) {
   Guard g(kModulo, QStringLiteral("SaveDataDoc"));
-  const QString documento = QStringLiteral(" WHERE TipoDoc=") + QString::number(TipoDoc) +
-                            QStringLiteral(" AND NDoc=") + QString::number(NDoc);
+  const QString documento = QStringLiteral(" WHERE TipoDoc=") + N(TipoDoc) +
+                            QStringLiteral(" AND NDoc=") + N(NDoc);
   const auto numera = [&](const RecordsetPtr& rs) {
     if (!rs) Raise(err::ObjectNotSet);
     rs->SetFilter(QString());
@@ -166,42 +195,18 @@ void SaveDataDoc(int TipoDoc, int NDoc, const RecordsetPtr& rcsFD, const Records
 
 RecordsetPtr PreparaDati(const QList<int>& modelli) {
   Guard g(kModulo, QStringLiteral("PreparaDati"));
-  const auto tempi = [](const QString& codice) {
-    return QStringLiteral(
-               "SELECT ActivitiesProd.CProject, ActivitiesProd.CDisp, "
-               "Sum(DateDiff(\"n\",[ActivitiesProd]![DtIni],[ActivitiesProd]![DtEnd])) AS Minuti, "
-               "Max(ActivitiesProd.DtEnd) AS MaxDiDtEnd, ProjectsDisp.Qta FROM ActivitiesProd INNER JOIN "
-               "ProjectsDisp ON (ActivitiesProd.CDisp = ProjectsDisp.CDisp) AND (ActivitiesProd.CProject = "
-               "ProjectsDisp.CProject) GROUP BY ActivitiesProd.CProject, ActivitiesProd.CDisp, ProjectsDisp.Qta "
-               "HAVING ActivitiesProd.CProject=") +
-           codice + QStringLiteral(" ORDER BY ActivitiesProd.CDisp; ");
-  };
-  const auto dati = [](const QString& coppia) {
-    return QStringLiteral(
-               "SELECT Projects.CProject, ProjectsDisp.CDisp, Anagrafica.RagSoc1 AS RagSoc, Projects.DProject AS "
-               "Modello, ProjectsTipo.DPrjTipo AS TipoMod, ProjectsDisp.DDisp AS Disposizione, "
-               "ProjectsDispTipo.DPrjDispTipo AS TipoDisp, \"\" AS Tempo, 0 AS Minuti, ProjectsDisp.Data As DataMax, "
-               "ProjectsDisp.Qta FROM ((ProjectsTipo INNER JOIN Projects ON ProjectsTipo.CPrjTipo = "
-               "Projects.CPrjTipo) INNER JOIN (ProjectsDisp INNER JOIN ProjectsDispTipo ON "
-               "ProjectsDisp.CPrjDispTipo = ProjectsDispTipo.CPrjDispTipo) ON (Projects.CProject = "
-               "ProjectsDisp.CProject) AND (Projects.CProject = ProjectsDisp.CProject)) INNER JOIN Anagrafica ON "
-               "(Projects.CAnag = Anagrafica.CAnag) AND (Projects.TAnag = Anagrafica.TAnag) GROUP BY "
-               "Projects.CProject, ProjectsDisp.CDisp, Anagrafica.RagSoc1, Projects.DProject, ProjectsTipo.DPrjTipo, "
-               "ProjectsDisp.DDisp, ProjectsDispTipo.DPrjDispTipo, \"\", 0, ProjectsDisp.Data, ProjectsDisp.Qta "
-               "HAVING ") +
-           coppia;
-  };
   // The times of the models, one row per disposition with activities.
   RecordsetPtr t;
-  g([&] { DAO2ADO(Leggi(tempi(QStringLiteral("0"))), t); });
-  for (const int codice : modelli) g([&] { DAO2ADO(Leggi(tempi(QString::number(codice))), t, {}, true); });
+  g([&] { DAO2ADO(Leggi(SqlTempiDisposizioni(QStringLiteral("0"))), t); });
+  for (const int codice : modelli)
+    g([&] { DAO2ADO(Leggi(SqlTempiDisposizioni(N(codice))), t, {}, true); });
   // The rows of the result, field by field, with the time, its minutes and the last day.
   RecordsetPtr s;
-  g([&] { DAO2ADO(Leggi(dati(QStringLiteral("Projects.CProject=-1 AND ProjectsDisp.CDisp=1; "))), s); });
+  g([&] { DAO2ADO(Leggi(SqlDatiDisposizione(QStringLiteral("Projects.CProject=-1 AND ProjectsDisp.CDisp=1; "))), s); });
   g([&] {
     for (t->MoveFirst(); !t->Eof(); t->MoveNext()) {
       const QVariant cProject = t->Value(QStringLiteral("CProject")), cDisp = t->Value(QStringLiteral("CDisp"));
-      RecordsetPtr riga = Leggi(dati(QStringLiteral("Projects.CProject=") + CStr(cProject) +
+      RecordsetPtr riga = Leggi(SqlDatiDisposizione(QStringLiteral("Projects.CProject=") + CStr(cProject) +
                                      QStringLiteral(" AND ProjectsDisp.CDisp=") + CStr(cDisp) + QStringLiteral("; ")));
       for (; !riga->Eof(); riga->MoveNext()) {
         s->AddNew();

@@ -28,4 +28,11 @@ void SaveDataDoc(int TipoDoc, int NDoc, const RecordsetPtr& rcsFD, const Records
 // the last activity and the quantity.
 RecordsetPtr PreparaDati(const QList<int>& modelli);
 
+// The statements these routines read with, in the system's SQL: the open
+// dispositions, the times of a model's dispositions, the data of a disposition
+// (condizione: the HAVING of a pair).
+QString SqlDisposizioniAperte();
+QString SqlTempiDisposizioni(const QString& codice);
+QString SqlDatiDisposizione(const QString& condizione);
+
 }  // namespace prestkt

@@ -14,7 +14,6 @@ bool IsDateZero(const QDateTime& d) {
   return !d.isValid() || d == QDateTime(QDate(1899, 12, 30), QTime(0, 0));
 }
 
-QString N(qlonglong v) { return QString::number(v); }
 
 // Reads the first row of a lookup; the default when there is none.
 template <class T, class F>

@@ -40,6 +40,8 @@ QVariant ValoreCopiato(Guard& g, const FieldDef& f, const QVariant& v);
 // Quoting of values into SQL. TestoSql binds the text (with each double quote
 // turned into two single quotes) and gives the word Null for an empty text.
 Sql TestoSql(const QString& testo);
+// A number the program holds, written into SQL text.
+inline QString N(qlonglong v) { return QString::number(v); }
 QString DataSql(const QVariant& data);     // the engine's literal of the day at midnight; "" for no date
 QString DataSqlIso(const QVariant& data);  // 'yyyy-mm-dd'
 

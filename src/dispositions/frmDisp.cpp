@@ -24,13 +24,6 @@ namespace {
 
 const QString kForm = QStringLiteral("frmDisp");
 
-QString N(qlonglong v) { return QString::number(v); }
-
-template <class W>
-W* Nome(W* w, const char* n) {
-  w->setObjectName(QString::fromLatin1(n));
-  return w;
-}
 
 }  // namespace
 

@@ -15,7 +15,6 @@ namespace {
 
 const QString kForm = QStringLiteral("frmDispInfo");
 
-QString N(qlonglong v) { return QString::number(v); }
 
 // The first day a date field can hold stands for "no date" and shows blank.
 const QDate kNessunaData(1899, 12, 30);

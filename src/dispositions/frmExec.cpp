@@ -17,7 +17,6 @@ namespace {
 
 const QString kForm = QStringLiteral("frmExec");
 
-QString N(qlonglong v) { return QString::number(v); }
 
 // Blanks off both ends; other white space (line breaks of the notes) stays.
 QString Trim(const QString& s) {

@@ -24,13 +24,6 @@ const QColor kRosa(255, 174, 201);
 const QString kInvito = QStringLiteral(
     "Spara il codice sulla 'SCHEDA DI PRODUZIONE', il codice 'OPERATORE' e compila gli altri campi");
 
-QString N(qlonglong v) { return QString::number(v); }
-
-template <class W>
-W* Nome(W* w, const QString& n) {
-  w->setObjectName(n);
-  return w;
-}
 
 // The first field of a lookup's first row; empty without a row.
 QString Cerca(const QString& sql, const QString& campo) {

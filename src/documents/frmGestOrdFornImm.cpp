@@ -20,12 +20,6 @@ namespace {
 
 const QString kForm = QStringLiteral("frmGestOrdFornImm");
 
-template <class W>
-W* Nome(W* w, const char* n) {
-  w->setObjectName(QString::fromLatin1(n));
-  return w;
-}
-
 // A recordset the host handed over; one it didn't hand fails as an object not set.
 Recordset* Di(const RecordsetPtr& rs) {
   if (!rs) Raise(err::ObjectNotSet);

@@ -42,7 +42,6 @@ QList<QIcon> IconeStati() {
   return icone;
 }
 
-QString N(qlonglong v) { return QString::number(v); }
 
 // The icon of a disposition's state: 11 open, 12 closed, 13 invoiced (counted
 // from 1). Any other state keeps the icon of the row before.

@@ -23,13 +23,6 @@ const QColor kVerdeAperto(192, 255, 192);
 const QString kPercento = QStringLiteral("0.00%");
 const QString kImporto = QStringLiteral("#,##0.00");
 
-QString N(qlonglong v) { return QString::number(v); }
-
-template <class W>
-W* Nome(W* w, const char* n) {
-  w->setObjectName(QString::fromLatin1(n));
-  return w;
-}
 
 NumericSpin* Cifra(QWidget* parent, const char* nome, const QString& formato) {
   auto* c = Nome(new NumericSpin(parent, formato), nome);

@@ -26,7 +26,6 @@ constexpr double kBloccoMinimo = 1.0;
 constexpr double kColonne[] = {5.4, 6.0, 9.6, 14.6, 16.4, 18.0, kDestra};
 const char* const kTitoliColonne[] = {"V", "OPERATORE", "ANNOTAZIONI", "DATA", "TEMPO", "Q.TA'"};
 
-QString N(qlonglong v) { return QString::number(v); }
 
 }  // namespace
 

@@ -14,6 +14,13 @@ namespace prestkt {
 // field colCodice (-1: none). primaVoce, when not empty, comes first with item
 // data 0. nonSvuotare keeps the entries the combo has. maiuscole: 0 as stored,
 // 1 upper case, 2 lower case. valoreSel selects the first entry with that item data.
+// A control named, as a screen makes it: the name is how tests and the host find it.
+template <class W>
+W* Nome(W* w, const QString& nome) {
+  w->setObjectName(nome);
+  return w;
+}
+
 void CaricaCombo(QComboBox* combo, const Sql& sql, int colCodice, int colTesto, const QVariant& valoreSel = {},
                  const QVariant& primaVoce = {}, bool nonSvuotare = false, int maiuscole = 0);
 // The item data of the selected entry; 0 with no selection.
