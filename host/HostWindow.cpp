@@ -2,6 +2,7 @@
 
 #include <QAbstractSpinBox>
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDate>
 #include <QDir>
 #include <QFileInfo>
@@ -311,11 +312,18 @@ void HostWindow::BuildMenus() {
   QMenu* documenti = menuBar()->addMenu(QStringLiteral("&Documenti"));
   documenti->setObjectName(QStringLiteral("mnuDocumenti"));
   QAction* ordine = documenti->addAction(QStringLiteral("Nuovo &ordine a fornitore..."), this,
-                                         [this] { NuovoDocumento(12); });
+                                         [this] { ApriDocumento(12); });
   ordine->setObjectName(QStringLiteral("actNuovoOrdine"));
-  QAction* ddt = documenti->addAction(QStringLiteral("Nuovo &DDT a cliente..."), this, [this] { NuovoDocumento(5); });
+  QAction* consegna = documenti->addAction(QStringLiteral("Nuova &consegna da fornitore..."), this,
+                                           [this] { ApriDocumento(15); });
+  consegna->setObjectName(QStringLiteral("actNuovaConsegna"));
+  QAction* ddt = documenti->addAction(QStringLiteral("Nuovo &DDT a cliente..."), this, [this] { ApriDocumento(5); });
   ddt->setObjectName(QStringLiteral("actNuovoDDT"));
-  for (QAction* a : {ordine, ddt}) a->setEnabled(!o_.onlyInput);
+  documenti->addSeparator();
+  QAction* apriDoc = documenti->addAction(QStringLiteral("&Apri documento..."), this, &HostWindow::Documenti);
+  apriDoc->setObjectName(QStringLiteral("actApriDocumento"));
+  apriDoc->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+  for (QAction* a : {ordine, consegna, ddt, apriDoc}) a->setEnabled(!o_.onlyInput);
 
   QMenu* strumenti = menuBar()->addMenu(QStringLiteral("&Strumenti"));
   strumenti->setObjectName(QStringLiteral("mnuStrumenti"));
@@ -326,13 +334,27 @@ void HostWindow::BuildMenus() {
   stazione->setObjectName(QStringLiteral("actInserimentoPrestazioni"));
 }
 
-vorn::DocumentoDialog* HostWindow::NuovoDocumento(int tipo) {
+vorn::DocumentoDialog* HostWindow::ApriDocumento(int tipo, int nDoc) {
   // One document at a time: the component's lines go to it.
-  if (documento_) documento_->close();
-  documento_ = new vorn::DocumentoDialog(*db_, ctl_, tipo, 0, this);
+  if (documento_ && !documento_->close()) return nullptr;
+  documento_ = new vorn::DocumentoDialog(*db_, ctl_, tipo, nDoc, this);
   documento_->setAttribute(Qt::WA_DeleteOnClose);
   documento_->show();
   return documento_;
+}
+
+void HostWindow::Documenti() {
+  vorn::DocumentiDialog elenco(*db_, this);
+  connect(&elenco, &vorn::DocumentiDialog::Apri, this, [this](int tipo, int nDoc) { ApriDocumento(tipo, nDoc); });
+  elenco.exec();
+}
+
+void HostWindow::closeEvent(QCloseEvent* e) {
+  if (documento_ && !documento_->close()) {
+    e->ignore();
+    return;
+  }
+  QMainWindow::closeEvent(e);
 }
 
 vorn::DocumentoDialog* HostWindow::Documento() const { return documento_; }

@@ -58,8 +58,12 @@ class HostWindow : public QMainWindow {
   vorn::TariffeDialog* TariffeGenerali();
   vorn::TariffeDialog* TariffeClienti();
   vorn::PrezziDisposizioniDialog* PrezziDisposizioni();
-  // A new document of the kind (12 supplier order, 5 delivery note), shown modeless.
-  vorn::DocumentoDialog* NuovoDocumento(int tipo);
+  // A document of the kind (12 supplier order, 15 supplier delivery, 5
+  // delivery note), shown modeless: nDoc 0 a new one. Null when the document open
+  // stays open (its user kept unsaved changes).
+  vorn::DocumentoDialog* ApriDocumento(int tipo, int nDoc = 0);
+  // The list of the documents kept, to open one again.
+  void Documenti();
   vorn::DocumentoDialog* Documento() const;  // the document open, if any
   vorn::PeriodoDialog* Periodo();
 
@@ -73,6 +77,10 @@ class HostWindow : public QMainWindow {
   QString TestoPeriodo() const;
   // Set once the component has asked the program to end.
   bool UscitaRichiesta() const { return uscitaRichiesta_; }
+
+ protected:
+  // An unsaved document is asked about before the program ends.
+  void closeEvent(QCloseEvent* e) override;
 
  private:
   void BuildMenus();

@@ -21,7 +21,6 @@
 
 #include "CalcDatiDisp.h"
 #include "DemoData.h"
-#include "HostDocumenti.h"
 #include "ProcedureUi.h"
 #include "HostPrezzi.h"
 #include "HostRegistri.h"
@@ -29,8 +28,8 @@
 #include "ListView.h"
 #include "NumericSpin.h"
 #include "TestSupport.h"
+#include "HostDiProva.h"
 #include "frmCalcPzVend.h"
-#include "frmGestOrdFornImm.h"
 #include "frmSettings.h"
 
 using namespace prestkt;
@@ -38,123 +37,6 @@ using namespace prestkt::test;
 using namespace vorn;
 
 namespace {
-
-// The host on a demo database of its own, with a script of answers for the messages.
-struct Host {
-  explicit Host(bool onlyInput = false) {
-    ResetGlobals();
-    gOcxEventCard.reset();
-    file = dir.path() + QStringLiteral("/vorn.db");
-    {
-      auto demo = ApriDatabaseDiProva(file);
-      CreaDatiDemo(*demo, QDate::currentDate());
-    }
-    messages = std::make_shared<ScriptedMessages>();
-    SetMessageService(messages);
-    HostOptions o;
-    o.dbFile = file;
-    if (!ServerDiProva().isEmpty()) {
-      o.server = ConnessioneDiProva(file, false);
-      o.cartella = dir.path();
-    }
-    o.docs = dir.path() + QStringLiteral("/documenti");
-    o.user = 1;
-    o.tAnag = 1;
-    o.onlyInput = onlyInput;
-    w = std::make_unique<HostWindow>(o);
-    opened = w->Open();
-    if (opened) db = gDB;
-    if (opened) EXPECT_EQ(db->engine() == Engine::PostgreSQL, !ServerDiProva().isEmpty());
-  }
-  ~Host() {
-    w.reset();
-    gOcxEventCard.reset();
-    SetMessageService(nullptr);
-    ResetGlobals();
-    db.reset();
-    CancellaDatabaseDiProva(file);
-  }
-
-  template <class T>
-  T* Find(QObject* parent, const char* name) {
-    return parent->findChild<T*>(QString::fromLatin1(name));
-  }
-  OCPrestKT* Ctl() { return w->Control(); }
-  ListView* Register() { return Ctl()->findChild<ListView*>(QStringLiteral("ListView1")); }
-  QVariant Scalar(const Sql& sql) {
-    const auto r = db->Select(sql);
-    return r.rows.empty() ? QVariant() : r.rows.front().front();
-  }
-  QStringList Prompts() const {
-    QStringList p;
-    for (const Asked& a : messages->asked) p << a.prompt;
-    return p;
-  }
-  void Click(QWidget* parent, const char* button) {
-    auto* b = Find<QPushButton>(parent, button);
-    ASSERT_TRUE(b) << button;
-    ASSERT_TRUE(b->isVisible()) << button;
-    ASSERT_TRUE(b->isEnabled()) << button;
-    QTest::mouseClick(b, Qt::LeftButton);
-  }
-  // Clicks the row of a register list whose code is codice, as a user would.
-  void ClickRow(QTreeWidget* list, int codice) {
-    for (int i = 0; i < list->topLevelItemCount(); ++i) {
-      QTreeWidgetItem* it = list->topLevelItem(i);
-      if (it->data(0, Qt::UserRole).toInt() != codice || it->isHidden()) continue;
-      list->scrollToItem(it);
-      QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(it).center());
-      return;
-    }
-    FAIL() << "no row " << codice;
-  }
-  int CurrentCode(QTreeWidget* list) {
-    return list->currentItem() ? list->currentItem()->data(0, Qt::UserRole).toInt() : 0;
-  }
-  // The visible row whose first texts are these; null when there is none.
-  QTreeWidgetItem* RowWithTexts(QTreeWidget* list, const QStringList& testi) {
-    for (int i = 0; i < list->topLevelItemCount(); ++i) {
-      QTreeWidgetItem* it = list->topLevelItem(i);
-      bool uguale = !it->isHidden();
-      for (int c = 0; uguale && c < testi.size(); ++c) uguale = it->text(c) == testi[c];
-      if (uguale) return it;
-    }
-    return nullptr;
-  }
-  void ClickItem(QTreeWidget* list, QTreeWidgetItem* it) {
-    ASSERT_TRUE(it);
-    list->scrollToItem(it);
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(it).center());
-  }
-  // Chooses an entry of a combo by its text, as a user picks it from the list.
-  void Choose(QWidget* parent, const char* combo, const QString& testo) {
-    auto* c = Find<QComboBox>(parent, combo);
-    ASSERT_TRUE(c) << combo;
-    const int i = c->findText(testo);
-    ASSERT_GE(i, 0) << combo << " " << testo.toStdString();
-    c->setCurrentIndex(i);
-  }
-  // Types into a numeric field over what it holds.
-  void TypeNumber(QWidget* parent, const char* field, const QString& testo) {
-    auto* n = Find<NumericSpin>(parent, field);
-    ASSERT_TRUE(n) << field;
-    n->setFocus();
-    n->selectAll();
-    QTest::keyClicks(n, testo);
-  }
-  QStringList Texts(const QTreeWidgetItem* it) {
-    QStringList t;
-    for (int c = 0; c < it->columnCount(); ++c) t << it->text(c);
-    return t;
-  }
-
-  QTemporaryDir dir;
-  QString file;
-  std::shared_ptr<ScriptedMessages> messages;
-  std::unique_ptr<HostWindow> w;
-  DatabasePtr db;
-  bool opened = false;
-};
 
 // A stand-in for the model card: it listens on the card's relay and records what reaches it.
 struct Card {
@@ -1525,107 +1407,3 @@ TEST(Host, CalculatorPriceComesBackToTheDialog) {
   }
 }
 
-// The road of external work and of a delivery note through the host's
-// documents: a supplier order line tied to a disposition, saved and changed,
-// and a delivery note line with the registered kinds; the link tables hold
-// exactly the rows of each save.
-TEST(Host, DocumentLinesTiedToADispositionReachTheLinkTables) {
-  Host h;
-  ASSERT_TRUE(h.opened);
-  const auto scelta =
-      h.db->Select(Sql("SELECT d.CProject, d.CDisp, p.CAnag FROM ((ProjectsDisp d INNER JOIN Projects p ON "
-                       "p.CProject=d.CProject) INNER JOIN ProjectsDispTipo t ON t.CPrjDispTipo=d.CPrjDispTipo) "
-                       "WHERE p.Stato=0 AND d.CStato=0 AND t.TipoFatt=2 AND p.TAnag=1 AND (SELECT Count(*) FROM "
-                       "ProjectsDispDett x WHERE x.CProject=d.CProject AND x.CDisp=d.CDisp) > 0 AND (SELECT "
-                       "Count(*) FROM ProjectsDisp2Prest k WHERE k.CPrjDispTipo=d.CPrjDispTipo) > 0 "
-                       "ORDER BY d.CProject, d.CDisp"))
-          .rows;
-  ASSERT_FALSE(scelta.empty());
-  const int cProject = scelta[0][0].toInt(), cDisp = scelta[0][1].toInt(), cliente = scelta[0][2].toInt();
-  const auto linee = [&](const char* sql) { return h.Scalar(Sql(sql)).toInt(); };
-  const int ordiniPrima = linee("SELECT Count(*) FROM ProjectsDocDett WHERE TipoDoc=12");
-
-  // A supplier order: one line from the project, saved.
-  auto* voce = h.w->findChild<QAction*>("actNuovoOrdine");
-  ASSERT_TRUE(voce);
-  voce->trigger();
-  DocumentoDialog* doc = h.w->Documento();
-  ASSERT_TRUE(doc);
-  EXPECT_EQ(doc->windowTitle(), "Ordine a fornitore (nuovo)");
-  doc->cbAnag->setCurrentIndex(1);
-  QTimer::singleShot(0, [&] {
-    auto* f = qobject_cast<frmGestOrdFornImm*>(QApplication::activeModalWidget());
-    ASSERT_TRUE(f);
-    EXPECT_EQ(f->windowTitle(), "Aggiunta riga da progetto");
-    f->CaricaDati(cProject, cDisp);
-    f->lvwPrest->SetChecked(0, true);
-    f->OCQta->SetValue(100);
-    f->OCImporto->SetValue(2.5);
-    f->EseguiAzione(1);
-    if (f->isVisible()) f->close();
-  });
-  h.Click(doc, "btnAggiungi");
-  ASSERT_EQ(doc->Righe(), 1);
-  ASSERT_TRUE(doc->Salva());
-  const int nOrdine = doc->NDoc();
-  EXPECT_GT(nOrdine, 0);
-  EXPECT_EQ(h.Scalar(Sql(QString("SELECT Qta FROM DocFornDett WHERE TipoDoc=12 AND NDoc=%1 AND Riga=1").arg(nOrdine)))
-                .toDouble(),
-            100);
-  EXPECT_EQ(h.Scalar(Sql(QString("SELECT Count(*) FROM ProjectsDocDett WHERE TipoDoc=12 AND NDoc=%1 AND Scheda=0 AND "
-                                 "Riga=1 AND RigaD=1 AND CProject=%2 AND CDisp=%3 AND Qta=100")
-                             .arg(nOrdine)
-                             .arg(cProject)
-                             .arg(cDisp)))
-                .toInt(),
-            1);
-  EXPECT_EQ(h.Scalar(Sql(QString("SELECT Count(*) FROM ProjectsDocDettPrest WHERE TipoDoc=12 AND NDoc=%1 AND RigaD=1")
-                             .arg(nOrdine)))
-                .toInt(),
-            1);
-  // The line changed and saved again: the same one row, with the new quantity.
-  doc->twRighe->setCurrentItem(doc->twRighe->topLevelItem(0));
-  QTimer::singleShot(0, [&] {
-    auto* f = qobject_cast<frmGestOrdFornImm*>(QApplication::activeModalWidget());
-    ASSERT_TRUE(f);
-    EXPECT_EQ(f->windowTitle(), "Modifica riga da progetto");
-    f->OCQta->SetValue(60);
-    f->EseguiAzione(1);
-    if (f->isVisible()) f->close();
-  });
-  h.Click(doc, "btnModifica");
-  ASSERT_TRUE(doc->Salva());
-  EXPECT_EQ(doc->NDoc(), nOrdine);
-  EXPECT_EQ(linee("SELECT Count(*) FROM ProjectsDocDett WHERE TipoDoc=12"), ordiniPrima + 1);
-  EXPECT_EQ(h.Scalar(Sql(QString("SELECT Qta FROM ProjectsDocDett WHERE TipoDoc=12 AND NDoc=%1").arg(nOrdine))).toDouble(),
-            60);
-  doc->close();
-
-  // A delivery note to the customer: the registered kinds come checked.
-  h.w->findChild<QAction*>("actNuovoDDT")->trigger();
-  doc = h.w->Documento();
-  ASSERT_TRUE(doc);
-  SetCBValue(doc->cbAnag, cliente, 0);
-  int spuntate = 0;
-  QTimer::singleShot(0, [&] {
-    auto* f = qobject_cast<frmGestOrdFornImm*>(QApplication::activeModalWidget());
-    ASSERT_TRUE(f);
-    EXPECT_FALSE(f->OCFrame4->isEnabled());
-    f->CaricaDati(cProject, cDisp);
-    for (int i = 0; i < f->lvwPrest->Count(); ++i) spuntate += f->lvwPrest->Checked(i) ? 1 : 0;
-    f->OCQta->SetValue(40);
-    SetCBValue(f->CBCaus, h.Scalar(Sql("SELECT Min(CTabGen) FROM TabGen WHERE CTipTabGen=1")).toInt(), 0);
-    f->EseguiAzione(1);
-    if (f->isVisible()) f->close();
-  });
-  h.Click(doc, "btnAggiungi");
-  EXPECT_GT(spuntate, 0);
-  ASSERT_EQ(doc->Righe(), 1);
-  ASSERT_TRUE(doc->Salva());
-  EXPECT_EQ(h.Scalar(Sql(QString("SELECT Count(*) FROM ProjectsDocDettPrest WHERE TipoDoc=5 AND NDoc=%1")
-                             .arg(doc->NDoc())))
-                .toInt(),
-            spuntate);
-  EXPECT_EQ(h.Scalar(Sql(QString("SELECT CAnag FROM Doc WHERE TipoDoc=5 AND NDoc=%1").arg(doc->NDoc()))).toInt(), cliente);
-  doc->close();
-}

@@ -304,3 +304,36 @@ TEST(SaveDataDoc, NoRecordsetsAreLoggedAndKeepTheLinks) {
   EXPECT_EQ(t.Scalar("SELECT Count(*) FROM ProjectsDocDett WHERE NDoc=100").toInt(), 2);
   EXPECT_EQ(t.db->TransactionDepth(), 0);
 }
+
+// Totals: each line's amount to the cent after its surcharge and the header's
+// discount, its tax rounded again, the header's VAT code over the lines'.
+TEST(CalcolaTotali, LinesRoundedOneByOneAndTheHeadersCodeFirst) {
+  const auto aliquote = [](int codice) -> std::optional<double> {
+    if (codice == 2) return 22.0;
+    if (codice == 3) return 10.0;
+    return std::nullopt;
+  };
+  // 2 x 10.125 = 20.25; less 20%: 16.20, tax 22%: 3.564 -> 3.56. 1 x 0.125: a tie, to the even 0.12; 10%: 0.012 -> 0.01.
+  std::vector<RigaTotali> righe = {{2, 10.125, 20, 2}, {1, 0.125, 0, 3}};
+  Totali t = CalcolaTotali(righe, 0, 0, aliquote);
+  EXPECT_DOUBLE_EQ(t.imponibile, 16.32);
+  EXPECT_DOUBLE_EQ(t.iva, 3.57);
+  EXPECT_DOUBLE_EQ(t.totale(), 16.32 + 3.57);
+  // The header's code 3 for every line: 1.62 + 0.01.
+  t = CalcolaTotali(righe, 0, 3, aliquote);
+  EXPECT_DOUBLE_EQ(t.iva, 1.63);
+  // A code of no rate: its line's tax is left out, its amount stays.
+  righe[1].cIva = 9;
+  t = CalcolaTotali(righe, 0, 0, aliquote);
+  EXPECT_DOUBLE_EQ(t.imponibile, 16.32);
+  EXPECT_DOUBLE_EQ(t.iva, 3.56);
+  // A discount of 100 leaves nothing; no lines, nothing.
+  t = CalcolaTotali(righe, 100, 2, aliquote);
+  EXPECT_DOUBLE_EQ(t.imponibile, 0);
+  EXPECT_DOUBLE_EQ(t.iva, 0);
+  EXPECT_DOUBLE_EQ(CalcolaTotali({}, 5, 2, aliquote).totale(), 0);
+  // Negative quantities (a return) count against the total.
+  t = CalcolaTotali({{-1, 10, 0, 2}}, 0, 0, aliquote);
+  EXPECT_DOUBLE_EQ(t.imponibile, -10);
+  EXPECT_DOUBLE_EQ(t.iva, -2.2);
+}

@@ -232,4 +232,16 @@ RecordsetPtr PreparaDati(const QList<int>& modelli) {
   return risultato;
 }
 
+Totali CalcolaTotali(const std::vector<RigaTotali>& righe, double valSconto, int cIvaTesta,
+                     const std::function<std::optional<double>(int)>& aliquota) {
+  Totali t;
+  for (const RigaTotali& r : righe) {
+    const double importo = Round(r.qta * r.pzVend * (1 - r.valRic / 100) * (1 - valSconto / 100), 2);
+    t.imponibile += importo;
+    if (const std::optional<double> a = aliquota(cIvaTesta != 0 ? cIvaTesta : r.cIva))
+      t.iva += Round(importo * *a / 100, 2);
+  }
+  return t;
+}
+
 }  // namespace prestkt

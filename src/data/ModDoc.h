@@ -2,6 +2,10 @@
 // The recordsets that the line screen of a host document works on, the
 // default reason of work done outside, and the two link tables made on a
 // database that has none yet.
+#include <functional>
+#include <optional>
+#include <vector>
+
 #include "Recordset.h"
 
 namespace prestkt {
@@ -27,6 +31,22 @@ void SaveDataDoc(int TipoDoc, int NDoc, const RecordsetPtr& rcsFD, const Records
 // customer, model, disposition, the time "hh:nn:00", its minutes, the day of
 // the last activity and the quantity.
 RecordsetPtr PreparaDati(const QList<int>& modelli);
+
+// A document's totals from its lines. Each line's amount is rounded to the
+// cent, after its own surcharge (valRic, a percentage off) and the header's
+// discount; its tax is rounded again on that amount, at the rate of the
+// header's VAT code when it has one, else the line's. aliquota gives a code's
+// rate, or nothing when it knows no such code: that line's tax is left out.
+struct RigaTotali {
+  double qta = 0, pzVend = 0, valRic = 0;
+  int cIva = 0;
+};
+struct Totali {
+  double imponibile = 0, iva = 0;
+  double totale() const { return imponibile + iva; }
+};
+Totali CalcolaTotali(const std::vector<RigaTotali>& righe, double valSconto, int cIvaTesta,
+                     const std::function<std::optional<double>(int)>& aliquota);
 
 // The statements these routines read with, in the system's SQL: the open
 // dispositions, the times of a model's dispositions, the data of a disposition

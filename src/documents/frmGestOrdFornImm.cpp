@@ -171,6 +171,7 @@ void frmGestOrdFornImm::IniVideo() {
     OCQta->SetValue(NullToZero(Di(rcsFD)->Value(QStringLiteral("Qta"))).toDouble());
     OCImporto->SetValue(NullToZero(Di(rcsFD)->Value(QStringLiteral("Importo"))).toDouble());
     TBDArt->setText(NullToStr(Di(rcsFD)->Value(QStringLiteral("DArt"))));
+    TBDArt->setCursorPosition(0);  // a long description shows its beginning
   });
   g([&] { Di(rcsFDD)->SetFilter(QStringLiteral("RigaD=") + QString::number(vRigaD)); });
   // A kind that no longer stands in the list fails its lookup, which is logged.
@@ -205,6 +206,7 @@ bool frmGestOrdFornImm::CaricaDati(int vCProject, int vCDisp) {
     CaricaListPrest(CInt(NullToZero(Di(rcsD)->Value(QStringLiteral("CPrjDispTipo")))));
     // The line's default description.
     TBDArt->setText(TBDDisp->text() + QStringLiteral(": ") + TBDProject->text());
+    TBDArt->setCursorPosition(0);
     trovata = true;
   });
   return trovata;
