@@ -21,6 +21,7 @@
 
 #include "DemoData.h"
 #include "HostDocumenti.h"
+#include "HostFattura.h"
 #include "HostPrezzi.h"
 #include "HostRegistri.h"
 #include "Messages.h"
@@ -324,6 +325,21 @@ void HostWindow::BuildMenus() {
   apriDoc->setObjectName(QStringLiteral("actApriDocumento"));
   apriDoc->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
   for (QAction* a : {ordine, consegna, ddt, apriDoc}) a->setEnabled(!o_.onlyInput);
+
+  QMenu* fatturazione = menuBar()->addMenu(QStringLiteral("&Fatturazione"));
+  fatturazione->setObjectName(QStringLiteral("mnuFatturazione"));
+  QAction* gestDisp = fatturazione->addAction(QStringLiteral("&Gestione disposizioni per fatturazione..."), ctl_,
+                                              &OCPrestKT::ShowGestDisp);
+  gestDisp->setObjectName(QStringLiteral("actGestioneDisposizioni"));
+  QAction* controlloDDT = fatturazione->addAction(QStringLiteral("&Controllo DDT per fatturazione..."), ctl_,
+                                                  &OCPrestKT::ShowGestDDTPerFatt);
+  controlloDDT->setObjectName(QStringLiteral("actControlloDDT"));
+  QAction* fattura = fatturazione->addAction(QStringLiteral("&Fattura da DDT..."), this, [this] {
+    vorn::FatturaDialog f(*db_, this);
+    f.exec();
+  });
+  fattura->setObjectName(QStringLiteral("actFatturaDaDDT"));
+  for (QAction* a : {gestDisp, controlloDDT, fattura}) a->setEnabled(!o_.onlyInput);
 
   QMenu* strumenti = menuBar()->addMenu(QStringLiteral("&Strumenti"));
   strumenti->setObjectName(QStringLiteral("mnuStrumenti"));

@@ -17,10 +17,16 @@
 
 #include "HostDiProva.h"
 #include "HostDocumenti.h"
+#include "HostFattura.h"
+#include "NumericSpin.h"
+#include "frmCalcPzVend.h"
+#include "frmCtrlDDTxFatt.h"
 #include "ModDoc.h"
 #include "ProcedureUi.h"
 #include "frmDisp.h"
 #include "frmDispAttive.h"
+#include "frmGestDisp.h"
+#include "frmGestDispOK.h"
 #include "frmGestOrdFornImm.h"
 #include "frmModelli.h"
 
@@ -42,18 +48,22 @@ void Quando(std::function<void(QWidget*)> f) {
 int Conta(Host& h, const QString& sql) { return h.Scalar(Sql(sql)).toInt(); }
 
 // An open disposition by the piece of a customer, with registered kinds and
-// kinds on its type, shown in the component's register.
+// kinds on its type, shown in the component's register; senzaDDT: one that no
+// delivery note delivered yet.
 struct Scelta {
   int cProject = 0, cDisp = 0, cliente = 0;
 };
-Scelta ScegliDisposizione(Host& h) {
+Scelta ScegliDisposizione(Host& h, bool senzaDDT = false) {
   const auto righe =
       h.db->Select(Sql("SELECT d.CProject, d.CDisp, p.CAnag FROM ((ProjectsDisp d INNER JOIN Projects p ON "
                        "p.CProject=d.CProject) INNER JOIN ProjectsDispTipo t ON t.CPrjDispTipo=d.CPrjDispTipo) "
                        "WHERE p.Stato=0 AND d.CStato=0 AND t.TipoFatt=2 AND p.TAnag=1 AND (SELECT Count(*) FROM "
                        "ProjectsDispDett x WHERE x.CProject=d.CProject AND x.CDisp=d.CDisp) > 0 AND (SELECT "
-                       "Count(*) FROM ProjectsDisp2Prest k WHERE k.CPrjDispTipo=d.CPrjDispTipo) > 0 "
-                       "ORDER BY d.CProject, d.CDisp"))
+                       "Count(*) FROM ProjectsDisp2Prest k WHERE k.CPrjDispTipo=d.CPrjDispTipo) > 0 " +
+                   QString(senzaDDT ? "AND NOT EXISTS (SELECT * FROM ProjectsDocDett l WHERE l.TipoDoc=5 AND "
+                                      "l.CProject=d.CProject AND l.CDisp=d.CDisp) "
+                                    : "") +
+                   "ORDER BY d.CProject, d.CDisp"))
           .rows;
   for (const Row& r : righe)
     if (h.Register()->IndexOfKey(QStringLiteral("K%1").arg(r[0].toInt(), 9, 10, QLatin1Char('0'))) >= 0 ||
@@ -587,4 +597,160 @@ TEST(HostDocumenti, ADocumentWithoutItsPartyIsNotSaved) {
     EXPECT_EQ(doc->NDoc(), 0);
     doc->close();
   }
+}
+
+// The road's end: two delivery notes of the month on one disposition, the DDT
+// check summing them, the calculator's price written into every line with the
+// notes' totals, and the host's invoice marking the disposition invoiced.
+TEST(HostDocumenti, FromTheDeliveryNotesToTheInvoice) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  // A disposition no note delivered yet.
+  const Scelta s = ScegliDisposizione(h, true);
+  ASSERT_GT(s.cProject, 0);
+
+  int nDDT[2] = {0, 0};
+  const double quantita[2] = {40, 25};
+  for (int i = 0; i < 2; ++i) {
+    h.w->findChild<QAction*>("actNuovoDDT")->trigger();
+    DocumentoDialog* doc = h.w->Documento();
+    SetCBValue(doc->cbAnag, s.cliente, 0);
+    Quando([&, i](QWidget* w) {
+      auto* f = qobject_cast<frmGestOrdFornImm*>(w);
+      ASSERT_TRUE(f);
+      f->CaricaDati(s.cProject, s.cDisp);
+      f->OCQta->SetValue(quantita[i]);
+      SetCBValue(f->CBCaus, 1, 0);  // C/Lavorazione: billable
+      SetCBValue(f->CBIva, 2, 0);   // 22%
+      f->EseguiAzione(1);
+      if (f->isVisible()) f->close();
+    });
+    h.Click(doc, "btnAggiungi");
+    h.Click(doc, "btnSalva");
+    nDDT[i] = doc->NDoc();
+    h.Click(doc, "btnChiudi");
+  }
+  ASSERT_GT(nDDT[0], 0);
+  ASSERT_GT(nDDT[1], nDDT[0]);
+
+  // The DDT check of the month: 65 pieces; the calculator confirms 3.25 each.
+  const QString chiave = QStringLiteral("K%1%2").arg(s.cProject, 9, 10, QLatin1Char('0')).arg(s.cDisp, 4, 10, QLatin1Char('0'));
+  QString sommata, mostrato;
+  double qtaCalcolatore = 0;
+  Quando([&](QWidget* w) {
+    auto* c = qobject_cast<frmCtrlDDTxFatt*>(w);
+    ASSERT_TRUE(c);
+    const int r = c->ListView1->IndexOfKey(chiave);
+    ASSERT_GE(r, 0);
+    sommata = c->ListView1->Text(r, 6);
+    c->ListView1->SetSelected(r);
+    Quando([&](QWidget* w2) {
+      auto* p = qobject_cast<frmCalcPzVend*>(w2);
+      ASSERT_TRUE(p);
+      qtaCalcolatore = p->Qta;
+      p->OCPzVend->SetValue(3.25);
+      p->Bottone(3)->trigger();
+    });
+    c->Bottone(3)->trigger();
+    mostrato = c->ListView1->Text(r, 7);
+    c->Bottone(1)->trigger();
+  });
+  h.w->findChild<QAction*>("actControlloDDT")->trigger();
+  EXPECT_EQ(sommata, "65");
+  EXPECT_EQ(qtaCalcolatore, 65);
+  EXPECT_EQ(mostrato, "3,25");
+  for (int n : nDDT) {
+    for (const char* campo : {"PzVend", "PzVendP", "Manifattura"})
+      EXPECT_EQ(h.Scalar(Sql(QStringLiteral("SELECT %1 FROM DocDett WHERE TipoDoc=5 AND NDoc=%2").arg(campo).arg(n)))
+                    .toDouble(),
+                3.25);
+    EXPECT_EQ(h.Scalar(Sql(QStringLiteral("SELECT Importo FROM ProjectsDocDett WHERE TipoDoc=5 AND NDoc=%1").arg(n)))
+                  .toDouble(),
+              3.25);
+  }
+  const auto totali = [&](int tipo, int n) {
+    const Row r = h.db->Select(Sql(QStringLiteral("SELECT ImpDoc, IVADoc, TotDoc FROM Doc WHERE TipoDoc=%1 AND NDoc=%2")
+                                       .arg(tipo)
+                                       .arg(n)))
+                      .rows.at(0);
+    return QStringLiteral("%1|%2|%3").arg(r[0].toDouble(), 0, 'f', 2).arg(r[1].toDouble(), 0, 'f', 2).arg(r[2].toDouble(), 0, 'f', 2);
+  };
+  EXPECT_EQ(totali(5, nDDT[0]), "130.00|28.60|158.60");
+  EXPECT_EQ(totali(5, nDDT[1]), "81.25|17.88|99.13");  // 17.875: a tie, to the even cent
+
+  // The invoicing list closes the disposition with a date, and reopens it.
+  const QString riga = QStringLiteral("K%1%2").arg(s.cProject, 9, 10, QLatin1Char('0')).arg(s.cDisp, 3, 10, QLatin1Char('0'));
+  const QString dove = QStringLiteral("SELECT %3 FROM ProjectsDisp WHERE CProject=%1 AND CDisp=%2").arg(s.cProject).arg(s.cDisp);
+  int statoChiuso = -1;
+  QVariant chiusoIl, riapertoIl = 1;
+  Quando([&](QWidget* w) {
+    auto* g = qobject_cast<frmGestDisp*>(w);
+    ASSERT_TRUE(g);
+    EXPECT_EQ(g->windowTitle(), "Gestione disposizioni per fatturazione");
+    const int r = g->ListView1->IndexOfKey(riga);
+    ASSERT_GE(r, 0);
+    g->ListView1->SetChecked(r, true);
+    h.messages->answers.push_back(vbYes);  // "Sei sicuro di voler chiudere le disposizioni selezionate?"
+    Quando([&](QWidget* w2) {
+      auto* ok = qobject_cast<frmGestDispOK*>(w2);
+      ASSERT_TRUE(ok);
+      ok->DTPicker1->setDate(QDate::currentDate().addDays(-1));
+      ok->OKButton->click();
+    });
+    g->Bottone(3)->trigger();
+    statoChiuso = h.Scalar(Sql(dove.arg("CStato"))).toInt();
+    chiusoIl = h.Scalar(Sql(dove.arg("DtEnd")));
+    g->CBStato->setCurrentIndex(1);  // "Disp.chiuse"
+    const int c = g->ListView1->IndexOfKey(riga);
+    ASSERT_GE(c, 0);
+    g->ListView1->SetChecked(c, true);
+    h.messages->answers.push_back(vbYes);  // "Sei sicuro di voler riaprire le disposizioni selezionate?"
+    g->Bottone(3)->trigger();
+    riapertoIl = h.Scalar(Sql(dove.arg("DtEnd")));
+    g->Bottone(1)->trigger();
+  });
+  h.w->findChild<QAction*>("actGestioneDisposizioni")->trigger();
+  EXPECT_EQ(statoChiuso, 9);
+  EXPECT_EQ(CDate(chiusoIl).date(), QDate::currentDate().addDays(-1));
+  EXPECT_EQ(h.Scalar(Sql(dove.arg("CStato"))).toInt(), 0);
+  EXPECT_TRUE(IsNull(riapertoIl));
+
+  // The host's invoice of the two notes.
+  int nFattura = 0;
+  Quando([&](QWidget* w) {
+    auto* f = qobject_cast<FatturaDialog*>(w);
+    ASSERT_TRUE(f);
+    SetCBValue(f->cbCliente, s.cliente, 0);
+    for (int i = 0; i < f->twNote->topLevelItemCount(); ++i) {
+      QTreeWidgetItem* it = f->twNote->topLevelItem(i);
+      const int n = it->data(0, Qt::UserRole).toInt();
+      it->setCheckState(0, n == nDDT[0] || n == nDDT[1] ? Qt::Checked : Qt::Unchecked);
+    }
+    nFattura = f->CreaFattura();
+    f->reject();
+  });
+  h.w->findChild<QAction*>("actFatturaDaDDT")->trigger();
+  ASSERT_GT(nFattura, 0);
+  EXPECT_EQ(h.messages->asked.back().prompt, QStringLiteral("Creata la fattura n. %1.").arg(nFattura));
+  EXPECT_EQ(totali(9, nFattura), "211.25|46.48|257.73");
+  EXPECT_EQ(Conta(h, QString("SELECT Count(*) FROM DocSchede WHERE TipoDoc=9 AND NDoc=%1 AND TipoDocAss=5").arg(nFattura)), 2);
+  EXPECT_EQ(Conta(h, QString("SELECT Count(*) FROM DocDett WHERE TipoDoc=9 AND NDoc=%1").arg(nFattura)), 2);
+  EXPECT_EQ(Conta(h, QString("SELECT CStato FROM ProjectsDisp WHERE CProject=%1 AND CDisp=%2").arg(s.cProject).arg(s.cDisp)),
+            19);
+  EXPECT_EQ(CDate(h.Scalar(Sql(QString("SELECT DtEnd FROM ProjectsDisp WHERE CProject=%1 AND CDisp=%2")
+                                   .arg(s.cProject)
+                                   .arg(s.cDisp))))
+                .date(),
+            QDate::currentDate());
+
+  // Invoiced, the notes leave the DDT check.
+  bool elencata = true;
+  Quando([&](QWidget* w) {
+    auto* c = qobject_cast<frmCtrlDDTxFatt*>(w);
+    ASSERT_TRUE(c);
+    elencata = c->ListView1->IndexOfKey(chiave) >= 0;
+    c->Bottone(1)->trigger();
+  });
+  h.w->findChild<QAction*>("actControlloDDT")->trigger();
+  EXPECT_FALSE(elencata);
 }

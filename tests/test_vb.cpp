@@ -826,3 +826,18 @@ TEST(ExtremeValues, FormatAndDateDiffOfExtremesGiveTexts) {
   EXPECT_EQ(Round(1e308, 2), 1e308);
   EXPECT_EQ(ArrotMultiplo(1e54, 5), 1e54);
 }
+
+// Numbers for SQL: a point whatever the users' convention, a blank for the sign
+// of a value not negative, no zero before the point, an exponent beyond 15 digits.
+TEST(Vb, StrWritesNumbersAsSqlTakesThem) {
+  EXPECT_EQ(Str(12.5), " 12.5");
+  EXPECT_EQ(Str(0.5), " .5");
+  EXPECT_EQ(Str(-0.25), "-.25");
+  EXPECT_EQ(Str(-3), "-3");
+  EXPECT_EQ(Str(0), " 0");
+  EXPECT_EQ(Str(12.345), " 12.345");
+  EXPECT_EQ(Str(123456789.123), " 123456789.123");
+  EXPECT_EQ(Str(1e15), " 1E+15");
+  EXPECT_EQ(Str(1e-5), " 1E-05");
+  EXPECT_EQ(Str(0.1 + 0.2), " .3");
+}

@@ -18,6 +18,8 @@
 #include "frmCalcPzVend.h"
 #include "frmInputData.h"
 #include "frmModelli.h"
+#include "frmCtrlDDTxFatt.h"
+#include "frmGestDisp.h"
 #include "frmSettings.h"
 
 namespace prestkt {
@@ -548,6 +550,20 @@ void OCPrestKT::ShowInput() {
 void OCPrestKT::ShowSettings() {
   PosizionaScheda();
   frmSettings f(window());
+  f.Form_Load();
+  f.exec();
+}
+
+void OCPrestKT::ShowGestDisp() {
+  PosizionaScheda();
+  frmGestDisp f(window());
+  f.Form_Load();
+  f.exec();
+}
+
+void OCPrestKT::ShowGestDDTPerFatt() {
+  PosizionaScheda();
+  frmCtrlDDTxFatt f(window());
   f.Form_Load();
   f.exec();
 }

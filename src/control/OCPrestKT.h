@@ -69,6 +69,10 @@ class OCPrestKT : public QWidget {
   void ShowSettings();
   // Opens the shop-floor station; with OnlyInput it fills the screen.
   void ShowInput();
+  // The dispositions of open models by billing state, closed and reopened in bulk.
+  void ShowGestDisp();
+  // The delivery notes of a period not yet invoiced, priced per disposition.
+  void ShowGestDDTPerFatt();
   // The proposed unit price of a disposition, with no screen.
   double CalcDatiDisp(int vCProject, int vCDisp);
   // The time of the dispositions of the checked models, one row each.

@@ -1,5 +1,7 @@
 #include "Vb.h"
 
+#include <cstdio>
+
 #include <QDate>
 #include <QRegularExpression>
 #include <QTimeZone>
@@ -169,6 +171,18 @@ bool CBool(const QVariant& v) {
     if (s == QLatin1String("false") || s == QLatin1String("falso")) return false;
   }
   return CDbl(v) != 0.0;
+}
+
+QString Str(double x) {
+  char buf[40];
+  std::snprintf(buf, sizeof buf, "%.15G", x);
+  QString t = QString::fromLatin1(buf);
+  // The exponent as two digits at least, as the runtime writes it: 1E+15, 1E-05.
+  const int e = t.indexOf(QLatin1Char('E'));
+  if (e >= 0) t = t.left(e + 2) + t.mid(e + 2).rightJustified(2, QLatin1Char('0'));
+  if (t.startsWith(QLatin1String("0."))) t.remove(0, 1);
+  else if (t.startsWith(QLatin1String("-0."))) t.remove(1, 1);
+  return x < 0 ? t : QLatin1Char(' ') + t;
 }
 
 QString CStr(const QVariant& v) {

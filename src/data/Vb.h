@@ -27,6 +27,11 @@ bool CBool(const QVariant& v);  // non-zero is true
 QString CStr(const QVariant& v);  // numbers in the users' convention; Null raises 94
 QDateTime CDate(const QVariant& v);
 double Val(const QString& s);  // leading number with a decimal point, 0 when none
+// A number as SQL takes it, whatever the users' convention: a decimal point, 15
+// significant digits, no leading zero before the point, an exponent beyond
+// them, and a blank in place of the sign of a value not negative (" 12.5",
+// " .5", "-3", " 1E+15").
+QString Str(double x);
 
 QVariant NullToZero(const QVariant& v);  // integer 0 for Null
 QString NullToStr(const QVariant& v);    // "" for Null

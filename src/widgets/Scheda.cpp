@@ -18,7 +18,8 @@ QIcon IconaTema(const QString& nome) {
       {"document-print", QStyle::SP_FileDialogDetailedView}, {"list-add", QStyle::SP_FileDialogNewFolder},
       {"document-edit", QStyle::SP_FileDialogContentsView},  {"edit-delete", QStyle::SP_TrashIcon},
       {"dialog-information", QStyle::SP_MessageBoxInformation}, {"view-refresh", QStyle::SP_BrowserReload},
-      {"document-open", QStyle::SP_DialogOpenButton},        {"go-next", QStyle::SP_ArrowRight}};
+      {"document-open", QStyle::SP_DialogOpenButton},        {"go-next", QStyle::SP_ArrowRight},
+      {"accessories-calculator", QStyle::SP_DialogApplyButton}};
   QIcon fallback = s->standardIcon(QStyle::SP_FileIcon);
   for (const auto& [n, p] : riserva)
     if (nome == QLatin1String(n)) fallback = s->standardIcon(p);
