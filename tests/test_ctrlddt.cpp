@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "NumericSpin.h"
+#include "Procedure.h"
 #include "TestSupport.h"
 #include "frmCalcPzVend.h"
 #include "frmCtrlDDTxFatt.h"
@@ -104,10 +105,10 @@ double Valore(TestDb& t, const QString& sql) { return t.Scalar(sql).toDouble(); 
 
 TEST(frmCtrlDDTxFatt, TheMonthRunsFromItsFirstDayToItsLast) {
   using P = QPair<QDate, QDate>;
-  EXPECT_EQ(frmCtrlDDTxFatt::PeriodoDelMese(QDate(2026, 12, 15)), P(QDate(2026, 12, 1), QDate(2026, 12, 31)));
-  EXPECT_EQ(frmCtrlDDTxFatt::PeriodoDelMese(QDate(2026, 11, 30)), P(QDate(2026, 11, 1), QDate(2026, 11, 30)));
-  EXPECT_EQ(frmCtrlDDTxFatt::PeriodoDelMese(QDate(2024, 2, 1)), P(QDate(2024, 2, 1), QDate(2024, 2, 29)));
-  EXPECT_EQ(frmCtrlDDTxFatt::PeriodoDelMese(QDate(2026, 1, 31)), P(QDate(2026, 1, 1), QDate(2026, 1, 31)));
+  EXPECT_EQ(PeriodoDelMese(QDate(2026, 12, 15)), P(QDate(2026, 12, 1), QDate(2026, 12, 31)));
+  EXPECT_EQ(PeriodoDelMese(QDate(2026, 11, 30)), P(QDate(2026, 11, 1), QDate(2026, 11, 30)));
+  EXPECT_EQ(PeriodoDelMese(QDate(2024, 2, 1)), P(QDate(2024, 2, 1), QDate(2024, 2, 29)));
+  EXPECT_EQ(PeriodoDelMese(QDate(2026, 1, 31)), P(QDate(2026, 1, 1), QDate(2026, 1, 31)));
 }
 
 TEST(frmCtrlDDTxFatt, OpensOnTheCurrentMonthWithItsColumns) {
@@ -115,7 +116,7 @@ TEST(frmCtrlDDTxFatt, OpensOnTheCurrentMonthWithItsColumns) {
   Base(t);
   frmCtrlDDTxFatt f;
   f.Form_Load();
-  const auto periodo = frmCtrlDDTxFatt::PeriodoDelMese(QDate::currentDate());
+  const auto periodo = PeriodoDelMese(QDate::currentDate());
   EXPECT_EQ(f.DTPicker1->date(), periodo.first);
   EXPECT_EQ(f.DTPicker2->date(), periodo.second);
   EXPECT_EQ(f.windowTitle(), "Controllo DDT per fatturazione");

@@ -9,6 +9,7 @@
 #include "ProcedureUi.h"
 #include "TestSupport.h"
 #include "frmDisp.h"
+#include "frmGestForfSempl.h"
 #include "frmModelli.h"
 #include "frmOrdini.h"
 
@@ -642,4 +643,85 @@ TEST(frmModelli, TextsStopAtTheSizeOfTheirColumn) {
   EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202500002").toString(), QString(255, 'm'));
   EXPECT_EQ(t.Scalar("SELECT Annot FROM Projects WHERE CProject=202500002").toString(), QString(5000, 'a'));
   EXPECT_TRUE(t.LogLines("frmModelli", "SalvaProject").isEmpty());
+}
+
+// On a forfait model the registrations tab opens the forfait card: for a new
+// registration, and for the selected one with its number; what the card saves
+// comes back into the list, selected.
+TEST(frmModelli, RegistrationsOpenTheForfaitCard) {
+  TestDb t;
+  Base(t);
+  t.Exec("INSERT INTO Projects (CProject, DProject, CPrjTipo, TAnag, CAnag, DtIni) VALUES "
+         "(202500005, 'Assistenza', 2, 1, 1, '2025-02-01 00:00:00')");
+  t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp, Data, CStato) VALUES "
+         "(202500005, 1, 'Prima', '2025-02-02 00:00:00', 0), (202500005, 2, 'Seconda', '2025-02-03 00:00:00', 0)");
+  CaricaModelli(gDtIni, gDTEnd, gStatus);
+  Esistente e(202500005);
+  e.f.SSTab1->setCurrentIndex(3);
+  ASSERT_EQ(e.f.lvwRegistrazioni->Count(), 2);
+
+  // The selected one, changed.
+  e.f.lvwRegistrazioni->SetSelected(e.f.lvwRegistrazioni->Row("K0002"));
+  int azione = 0, cDisp = -1;
+  QString anagrafica, modello;
+  AlProssimoModale([&](QWidget* w) {
+    auto* c = qobject_cast<frmGestForfSempl*>(w);
+    ASSERT_TRUE(c);
+    azione = c->Azione;
+    cDisp = c->CDisp;
+    anagrafica = c->TBAnag->text();
+    modello = c->TBDProject->text();
+    EXPECT_EQ(c->TBDDisp->text(), "Seconda");
+    c->TBDDisp->setText("Seconda rivista");
+    c->Bottone(3)->trigger();
+  });
+  e.f.Bottone(8)->trigger();
+  EXPECT_EQ(azione, 1);
+  EXPECT_EQ(cDisp, 2);
+  EXPECT_EQ(anagrafica, "Officina Rossi");
+  EXPECT_EQ(modello, "Assistenza");
+  EXPECT_EQ(t.Scalar("SELECT DDisp FROM ProjectsDisp WHERE CProject=202500005 AND CDisp=2").toString(),
+            "Seconda rivista");
+  const int seconda = e.f.lvwRegistrazioni->Row("K0002");
+  EXPECT_EQ(e.f.lvwRegistrazioni->Text(seconda, 3), "Seconda rivista");
+  EXPECT_EQ(e.f.lvwRegistrazioni->SelectedIndex(), seconda);
+
+  // A new one: the card opens empty and saves the next number.
+  AlProssimoModale([&](QWidget* w) {
+    auto* c = qobject_cast<frmGestForfSempl*>(w);
+    ASSERT_TRUE(c);
+    azione = c->Azione;
+    cDisp = c->CDisp;
+    EXPECT_EQ(c->TBDDisp->text(), "");
+    c->TBDDisp->setText("Terza");
+    c->Bottone(3)->trigger();
+  });
+  e.f.Bottone(7)->trigger();
+  EXPECT_EQ(azione, 2);
+  EXPECT_EQ(cDisp, 0);
+  ASSERT_EQ(e.f.lvwRegistrazioni->Count(), 3);
+  EXPECT_EQ(e.f.lvwRegistrazioni->SelectedIndex(), e.f.lvwRegistrazioni->Row("K0003"));
+  EXPECT_EQ(t.Scalar("SELECT DDisp FROM ProjectsDisp WHERE CProject=202500005 AND CDisp=3").toString(), "Terza");
+}
+
+// A new forfait model must be saved before its first registration: No opens nothing.
+TEST(frmModelli, ANewForfaitModelAsksToBeSavedFirst) {
+  TestDb t;
+  Base(t);
+  Nuova n;
+  n.Compila("Assistenza annuale", 1, 2, QDate(2025, 6, 1));
+  n.f.SSTab1->setCurrentIndex(3);
+  bool aperta = false;
+  AlProssimoModale([&](QWidget* w) {
+    if (qobject_cast<frmGestForfSempl*>(w)) {
+      aperta = true;
+      w->close();
+    }
+  });
+  t.messages->answers = {vbNo};
+  n.f.Bottone(7)->trigger();
+  QApplication::processEvents();
+  EXPECT_EQ(t.messages->asked.back().prompt, "Per procedere devo salvare il modello, proseguo?");
+  EXPECT_FALSE(aperta);
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects WHERE DProject='Assistenza annuale'").toInt(), 0);
 }

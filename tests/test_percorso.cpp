@@ -13,6 +13,10 @@
 #include "frmDisp.h"
 #include "frmExec.h"
 #include "frmExecSposta.h"
+#include "frmGestForfSempl.h"
+#include "frmGestForfSemplImm.h"
+#include "CalcDatiDisp.h"
+#include "frmCalcPzVend.h"
 #include "frmModelli.h"
 
 using namespace prestkt;
@@ -167,4 +171,133 @@ TEST(Percorso, FromTheRegisterToAClosedAndReopenedDisposition) {
     logs << it.fileName() + ": " + QString::fromUtf8(f.readAll()).trimmed();
   }
   EXPECT_TRUE(logs.isEmpty()) << logs.join("\n").toStdString();
+}
+
+// A recording on the "Rilevazione start e stop" that is opening: the day, the
+// operator, the start, and the end when given (fine invalid: left open).
+void Registrazione(const QDate& giorno, int operatore, const QTime& inizio, const QTime& fine) {
+  Quando([=](QWidget* w) {
+    auto* r = qobject_cast<frmGestForfSemplImm*>(w);
+    ASSERT_TRUE(r);
+    r->DTPicker1->setDate(giorno);
+    SetCBValue(r->CBOperatore, operatore, 0);
+    r->DTInizio->setTime(inizio);
+    r->chkFine->setChecked(fine.isValid());
+    if (fine.isValid()) r->DtFine->setTime(fine);
+    r->Bottone(3)->trigger();  // saves and closes
+  });
+}
+
+// The road of a simplified forfait model: a new model of a forfait type, a
+// new card with its description, a recording started and left open, closed
+// later; the lists, the register and the price meeting the open recording.
+TEST(Percorso, ASimplifiedForfaitModelWithStartAndStopRecordings) {
+  TestDb t;
+  t.Exec("INSERT INTO AnagTipo (TAnag, Descrizione) VALUES (1, 'Clienti')");
+  t.Exec("INSERT INTO Anagrafica (TAnag, CAnag, RagSoc1, CostoH) VALUES (1, 1, 'Officina Rossi', 0), "
+         "(10, 1, 'Mario Verdi', 0), (10, 2, 'Luca Neri', 0)");
+  t.Exec("INSERT INTO ProjectsTipo (CPrjTipo, DPrjTipo, GestForfSempl) VALUES (1, 'Assistenza', -1)");
+  // An hourly tariff of 60 for the forfait's dispositions, which have no type: one euro a minute.
+  t.Exec("INSERT INTO ProjectsDispTar (CPrjTipo, CPrjDispTipo, TarMin, TarMax, TarH) VALUES (1, 0, 0, 0, 60)");
+  gCurUtente = 1;
+  qputenv("TEMP", t.Path().toLocal8Bit());
+  OCPrestKT ctl;
+  ctl.Initialize();
+  ctl.SetDtIni(D(2026, 1, 1));
+  ctl.SetDTEnd(D(2026, 12, 31));
+  ctl.SetStatus(-1);
+  ctl.DBConn(t.db, 1, QIcon(), t.Path() + "/documenti", 1);
+  auto* registro = ctl.findChild<ListView*>("ListView1");
+  ASSERT_EQ(registro->Count(), 0);
+
+  QString fineAperta = "-", fineChiusa, tempo;
+  int righeCard = -1, registrazioni = -1;
+  Quando([&](QWidget* w) {
+    auto* m = qobject_cast<frmModelli*>(w);
+    ASSERT_TRUE(m);
+    m->DTProject->setDate(QDate(2026, 3, 2));
+    SetCBValue(m->CBCAnag, 1, 0);
+    SetCBValue(m->CBTipoPrj, 1, 0);
+    m->TBDProject->setText("Assistenza presse");
+    EXPECT_TRUE(m->SSTab1->isTabVisible(3));
+    m->SSTab1->setCurrentIndex(3);
+    t.messages->answers.push_back(vbYes);  // "Per procedere devo salvare il modello, proseguo?"
+    Quando([&](QWidget* w2) {
+      auto* c = qobject_cast<frmGestForfSempl*>(w2);
+      ASSERT_TRUE(c);
+      c->TBDDisp->setText("Manutenzione marzo");
+      // Started and left open: adding saves the new card first.
+      Registrazione(QDate(2026, 3, 10), 1, QTime(9, 0), QTime());
+      c->Bottone(5)->trigger();
+      ASSERT_EQ(c->lvwPrest->Count(), 1);
+      fineAperta = c->lvwPrest->Text(0, 4);
+      // Closed later, in mode 1.
+      c->lvwPrest->SetSelected(0);
+      Quando([&](QWidget* w3) {
+        auto* r = qobject_cast<frmGestForfSemplImm*>(w3);
+        ASSERT_TRUE(r);
+        EXPECT_EQ(r->Azione, 1);
+        EXPECT_FALSE(r->chkFine->isChecked());
+        r->chkFine->setChecked(true);
+        r->DtFine->setTime(QTime(11, 15));
+        r->Bottone(3)->trigger();
+      });
+      c->Bottone(6)->trigger();
+      fineChiusa = c->lvwPrest->Text(0, 4);
+      // Another one, left open.
+      Registrazione(QDate(2026, 3, 11), 2, QTime(14, 0), QTime());
+      c->Bottone(5)->trigger();
+      righeCard = c->lvwPrest->Count();
+      c->Bottone(1)->trigger();
+    });
+    m->Bottone(7)->trigger();
+    registrazioni = m->lvwRegistrazioni->Count();
+    m->Bottone(1)->trigger();
+  });
+  ctl.Aggiungi();
+  // The model opened again from the register: its registration with the time of the closed recording.
+  registro->SetSelected(0);
+  Quando([&](QWidget* w) {
+    auto* m = qobject_cast<frmModelli*>(w);
+    ASSERT_TRUE(m);
+    m->SSTab1->setCurrentIndex(3);
+    if (m->lvwRegistrazioni->Count() > 0) tempo = m->lvwRegistrazioni->Text(0, 4);
+    m->Bottone(1)->trigger();
+  });
+  ctl.Modifica();
+
+  const int cProject = 202600001;
+  EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202600001").toString(), "Assistenza presse");
+  EXPECT_EQ(registro->Count(), 1);
+  EXPECT_EQ(registro->Key(0), "K202600001");
+  EXPECT_EQ(fineAperta, " ");  // an empty value shows as one blank in the lists
+  EXPECT_EQ(fineChiusa, "11:15");
+  EXPECT_EQ(righeCard, 2);
+  EXPECT_EQ(registrazioni, 1);
+  EXPECT_EQ(tempo, "02:15");  // the open recording doesn't count
+  EXPECT_EQ(t.Scalar("SELECT DDisp FROM ProjectsDisp WHERE CProject=202600001 AND CDisp=1").toString(),
+            "Manutenzione marzo");
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM ActivitiesProd WHERE CProject=202600001 AND CDisp=1").toInt(), 2);
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM ActivitiesProd WHERE DtEnd IS NULL").toInt(), 1);
+  EXPECT_EQ(t.Scalar("SELECT CAttivita FROM ActivitiesProd WHERE DtEnd IS NOT NULL").toInt(), 202600001);
+  EXPECT_EQ(CDate(t.Scalar("SELECT DtEnd FROM ActivitiesProd WHERE CAttivita=202600001")),
+            QDateTime(QDate(2026, 3, 10), QTime(11, 15)));
+
+  // The price meets the open recording as a failed duration: it keeps the
+  // minutes of the row before, so 135 + 135 at one euro a minute.
+  EXPECT_DOUBLE_EQ(ctl.CalcDatiDisp(cProject, 1), 270);
+  // The calculator lists the open recording with the minutes of the row before.
+  QStringList tempi;
+  Quando([&](QWidget* w) {
+    auto* c = qobject_cast<frmCalcPzVend*>(w);
+    ASSERT_TRUE(c);
+    for (int i = 0; i < c->lvwEsecInt->Count(); ++i) tempi << c->lvwEsecInt->Text(i, 5);
+    tempi << c->lvwEsecIntTot->Text(0, 5);
+    c->Bottone(1)->trigger();
+  });
+  ctl.EditDisp(cProject, 1, 1, 0);
+  EXPECT_EQ(tempi, QStringList({"02:15", "02:15", "04:30"}));
+  EXPECT_EQ(t.LogLines("frmCalcPzVend", "CaricaListEsecInt").size(), 1);
+  // The four settings missing from a fresh folder fail as well, each on its own line.
+  EXPECT_EQ(t.LogLines("OCPrestKT", "CalcDatiDisp").filter("Invalid use of Null (94)").size(), 1);
 }

@@ -289,6 +289,12 @@ QString DataSql(const QVariant& data) {
   return QLatin1Char('\'') + DateToStorage(d) + QLatin1Char('\'');
 }
 
+QPair<QDate, QDate> PeriodoDelMese(const QDate& oggi) {
+  const QDate primo(oggi.year(), oggi.month(), 1);
+  // The day before the first of the next month; December ends on the 31st of its own year.
+  return {primo, oggi.month() < 12 ? QDate(oggi.year(), oggi.month() + 1, 1).addDays(-1) : QDate(oggi.year(), 12, 31)};
+}
+
 QString DataSqlIso(const QVariant& data) {
   return QLatin1Char('\'') + Format(data, QStringLiteral("yyyy-mm-dd")) + QLatin1Char('\'');
 }

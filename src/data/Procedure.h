@@ -2,7 +2,9 @@
 // Data access and runtime services of the module "Procedure": opening
 // recordsets, action queries, copies into memory, quoting, the error log, the
 // configuration file, folders and the environment.
+#include <QDate>
 #include <QDateTime>
+#include <QPair>
 #include <QString>
 #include <functional>
 
@@ -44,6 +46,8 @@ Sql TestoSql(const QString& testo);
 inline QString N(qlonglong v) { return QString::number(v); }
 QString DataSql(const QVariant& data);     // the engine's literal of the day at midnight; "" for no date
 QString DataSqlIso(const QVariant& data);  // 'yyyy-mm-dd'
+// The month of oggi, from its first day to its last: the period screens open on.
+QPair<QDate, QDate> PeriodoDelMese(const QDate& oggi);
 
 bool BeginTrans(Database* db = nullptr);
 bool CommitTrans(Database* db = nullptr);

@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 
 #include "Guard.h"
+#include "Numerazione.h"
 #include "ModADO.h"
 #include "ModListViewKT.h"
 #include "ModPrestKT.h"
@@ -476,15 +477,7 @@ void frmDisp::SalvaDisp() {
   Transazione numerata(g);
   if (Azione == 2) {
     // The numbers run inside the model; a deleted last number is given again.
-    g([&] { CDisp = 1; });
-    g([&] {
-      RecordsetPtr rs;
-      ApriRecordset(rs,
-                    QStringLiteral("SELECT CProject, CDisp FROM ProjectsDisp WHERE CProject=") + N(CProject) +
-                        QStringLiteral(" ORDER BY CDisp DESC; "),
-                    nullptr, dbOpenSnapshot);
-      if (!rs->Eof()) CDisp = CInt(rs->Value(QStringLiteral("CDisp"))) + 1;
-    });
+    CDisp = NuovoNumeroDisposizione(g, CProject);
   }
   RecordsetPtr rs;
   if (Azione == 2) {

@@ -6,6 +6,7 @@
 #include <QLabel>
 
 #include "Guard.h"
+#include "Numerazione.h"
 #include "ModPrestKT.h"
 #include "Procedure.h"
 #include "ProcedureUi.h"
@@ -263,19 +264,7 @@ bool frmExec::Salva() {
   g([&] { BeginTrans(); });
   if (Modo == 2) {
     // The code: the year of the day times 100000, plus the next number of that year.
-    const int anno = DTPicker1->date().year();
-    g([&] { codice = anno * 100000 + 1; });
-    RecordsetPtr ultimo;
-    g([&] {
-      ApriRecordset(ultimo,
-                    QStringLiteral("SELECT CAttivita, DtIni FROM ActivitiesProd WHERE CAttivita Between ") +
-                        N(qlonglong(anno) * 100000) + QStringLiteral(" And ") + N(qlonglong(anno) * 100000 + 99999) +
-                        QStringLiteral(" ORDER BY CAttivita DESC; "),
-                    nullptr, dbOpenSnapshot);
-    });
-    g([&] {
-      if (!ultimo->Eof()) codice = CLng(ultimo->Value(QStringLiteral("CAttivita"))) + 1;
-    });
+    codice = NuovoCodiceAttivita(g, DTPicker1->date().year());
   }
   RecordsetPtr rs;
   g([&] {

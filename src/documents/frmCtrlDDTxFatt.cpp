@@ -83,19 +83,10 @@ void frmCtrlDDTxFatt::Form_Load() {
                         lvwColumnRight, lvwColumnRight});
   });
   // Wide enough to show every column.
-  colonne([&] {
-    ListView1->setMinimumWidth(ListView1->header()->length() + 2 * ListView1->frameWidth() +
-                               ListView1->verticalScrollBar()->sizeHint().width());
-  });
+  colonne([&] { LarghezzaColonne(ListView1); });
   g([&] { Prepara(QStringLiteral("Controllo DDT per fatturazione")); });
   g([&] { CaricaDati(); });
   caricato_ = true;
-}
-
-QPair<QDate, QDate> frmCtrlDDTxFatt::PeriodoDelMese(const QDate& oggi) {
-  const QDate primo(oggi.year(), oggi.month(), 1);
-  // The day before the first of the next month; December ends on the 31st of its own year.
-  return {primo, oggi.month() < 12 ? QDate(oggi.year(), oggi.month() + 1, 1).addDays(-1) : QDate(oggi.year(), 12, 31)};
 }
 
 void frmCtrlDDTxFatt::CaricaDati() {

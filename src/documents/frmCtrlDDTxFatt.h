@@ -26,8 +26,6 @@ class frmCtrlDDTxFatt : public Scheda {
   void AssegnaPZ(double PzVend);
   void RicalcTotDoc(int TipoDoc, int NDoc);
   void EseguiComando(int n);  // 0 close, 1 Calcola
-  // The period the screen opens on: the month of oggi, from its first day to its last.
-  static QPair<QDate, QDate> PeriodoDelMese(const QDate& oggi);
 
   // The disposition under work.
   int CProject = 0;

@@ -66,10 +66,7 @@ void frmDispAttive::Form_Load() {
                        {lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnLeft, lvwColumnRight});
   });
   // Wide enough to show every column.
-  g([&] {
-    ListView1->setMinimumWidth(ListView1->header()->length() + 2 * ListView1->frameWidth() +
-                               ListView1->verticalScrollBar()->sizeHint().width());
-  });
+  g([&] { LarghezzaColonne(ListView1); });
   g([&] { TBFind->clear(); });
   g([&] {
     RecordsetPtr rs;

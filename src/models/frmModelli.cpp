@@ -14,6 +14,7 @@
 #include "ProcedureUi.h"
 #include "Schema.h"
 #include "frmDisp.h"
+#include "frmGestForfSempl.h"
 #include "frmModelliDocs.h"
 
 namespace prestkt {
@@ -453,7 +454,10 @@ void frmModelli::AddData() {
       if (g.If([&] { return CanOpenDisp(); })) g([&] { ApriDisp(2, 0); });
       break;
     case 2: g([&] { Timer2->start(); }); break;
-    default: break;  // registrations are added on the forfait card, not part of this release
+    case 3:
+      if (g.If([&] { return CanOpenDisp(); })) g([&] { ApriForfSempl(2, 0); });
+      break;
+    default: break;
   }
 }
 
@@ -466,6 +470,10 @@ void frmModelli::EditData() {
       break;
     case 2:
       if (lvwDocs->Count() > 0) g([&] { ApriDoc(); });
+      break;
+    case 3:
+      if (g.If([&] { return CanOpenDisp() && lvwRegistrazioni->Count() > 0; }))
+        g([&] { ApriForfSempl(1, CDispSelezionata(lvwRegistrazioni)); });
       break;
     default: break;
   }
@@ -504,6 +512,18 @@ void frmModelli::ApriDisp(int azione, int cDisp) {
   f.RagSoc1 = CBCAnag->currentText();
   f.StampaScheda = StampaScheda;
   connect(&f, &frmDisp::Reload, this, &frmModelli::fDisp_Reload, Qt::DirectConnection);
+  f.Form_Load();
+  f.exec();
+}
+
+void frmModelli::ApriForfSempl(int azione, int cDisp) {
+  frmGestForfSempl f(this);
+  f.Azione = azione;
+  f.CProject = CProject;
+  f.CDisp = cDisp;
+  f.RagSoc1 = CBCAnag->currentText();
+  f.DProject = TBDProject->text();
+  connect(&f, &frmGestForfSempl::Reload, this, &frmModelli::fGestForfSempl_Reload, Qt::DirectConnection);
   f.Form_Load();
   f.exec();
 }

@@ -161,6 +161,7 @@ class frmModelli : public Scheda {
   void EditData();
   void DelData();
   void ApriDisp(int azione, int cDisp);
+  void ApriForfSempl(int azione, int cDisp);
   void AggiornaBlocco();
   void OcxEventS_ChAnagInModelli(QVariant& tAnag, QVariant& cAnag);
   void OcxEventS_ChProjInModelli(QVariant& cPrjTipo);

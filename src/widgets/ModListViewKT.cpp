@@ -1,11 +1,17 @@
 #include "ModListViewKT.h"
 
+#include <QHeaderView>
 #include <QLabel>
 #include <QScrollBar>
 
 #include "Guard.h"
 
 namespace prestkt {
+
+void LarghezzaColonne(ListView* lista) {
+  lista->setMinimumWidth(lista->header()->length() + 2 * lista->frameWidth() +
+                         lista->verticalScrollBar()->sizeHint().width());
+}
 
 namespace {
 const QString kModulo = QStringLiteral("ModListViewKT");

@@ -22,6 +22,8 @@ void ListViewSetColumns(ListView* lista, const QStringList& titoli, const std::v
 // Gives column colonna (1-based) all the width that is left; with colonnaB the
 // two share it in percA and percB.
 void ResizeList(ListView* lista, int colonna, int colonnaB = 0, double percA = 0, double percB = 0);
+// A list at least as wide as all its columns, so that none hides at the start.
+void LarghezzaColonne(ListView* lista);
 // Selects the line with the key and brings it to the top of the view.
 void FindInList(ListView* lista, const QString& chiave);
 // Adds a line: valori[0] the item's text, valori[i] the sub-item i. An empty
