@@ -341,6 +341,19 @@ void HostWindow::BuildMenus() {
   fattura->setObjectName(QStringLiteral("actFatturaDaDDT"));
   for (QAction* a : {gestDisp, controlloDDT, fattura}) a->setEnabled(!o_.onlyInput);
 
+  QMenu* report = menuBar()->addMenu(QStringLiteral("&Report"));
+  report->setObjectName(QStringLiteral("mnuReport"));
+  QAction* repExcel = report->addAction(QStringLiteral("Report su &Excel..."), ctl_, &OCPrestKT::ShowReportExcel);
+  repExcel->setObjectName(QStringLiteral("actReportExcel"));
+  report->addSeparator();
+  QAction* repPrest = report->addAction(QStringLiteral("&Prestazioni dei modelli spuntati..."), ctl_,
+                                        &OCPrestKT::RepPrestazioni);
+  repPrest->setObjectName(QStringLiteral("actRepPrestazioni"));
+  QAction* expPrest = report->addAction(QStringLiteral("&Esporta prestazioni dei modelli spuntati..."), ctl_,
+                                        &OCPrestKT::ExpPrestazioni);
+  expPrest->setObjectName(QStringLiteral("actExpPrestazioni"));
+  for (QAction* a : {repExcel, repPrest, expPrest}) a->setEnabled(!o_.onlyInput);
+
   QMenu* strumenti = menuBar()->addMenu(QStringLiteral("&Strumenti"));
   strumenti->setObjectName(QStringLiteral("mnuStrumenti"));
   QAction* impostazioni = strumenti->addAction(QStringLiteral("&Impostazioni prezzi..."), ctl_, &OCPrestKT::ShowSettings);

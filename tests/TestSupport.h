@@ -36,6 +36,7 @@ class ScriptedMessages : public MessageService {
   std::deque<QString> inputs;        // InputBox answers
   std::deque<QString> files;         // file dialog answers
   std::vector<Asked> asked;
+  std::vector<QString> filtri;       // the filter of each file dialog, in order
 
   int MsgBox(const QString& prompt, int buttons, const QString& title) override {
     asked.push_back({prompt, buttons, title});
@@ -55,12 +56,17 @@ class ScriptedMessages : public MessageService {
     inputs.pop_front();
     return s;
   }
-  QString OpenFileName(const QString& title, const QString&, const QString&) override { return NextFile(title); }
-  QString SaveFileName(const QString& title, const QString&, const QString&) override { return NextFile(title); }
+  QString OpenFileName(const QString& title, const QString& filter, const QString&) override {
+    return NextFile(title, filter);
+  }
+  QString SaveFileName(const QString& title, const QString& filter, const QString&) override {
+    return NextFile(title, filter);
+  }
 
  private:
-  QString NextFile(const QString& title) {
+  QString NextFile(const QString& title, const QString& filter) {
     asked.push_back({title, -2, QString()});
+    filtri.push_back(filter);
     if (files.empty()) return {};
     const QString s = files.front();
     files.pop_front();

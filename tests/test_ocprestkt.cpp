@@ -1,6 +1,8 @@
 // The component: order of start, properties, DBConn, and the register on its surface.
 #include <gtest/gtest.h>
 
+#include <QFile>
+
 #include <QComboBox>
 #include <QLineEdit>
 #include <QProcess>
@@ -311,4 +313,36 @@ TEST(OCPrestKT, PreparaDatiTakesTheCheckedModelsAndTheBridgeSavesTheLinks) {
   fd->Update();
   s.ctl.SaveDataDoc(5, 31, fd, fdd);
   EXPECT_EQ(t.Elenco("SELECT TipoDoc & '/' & NDoc & '/' & CProject FROM ProjectsDocDett"), "5/31/202500001");
+}
+
+// The report and the export of the checked models' time: with none checked,
+// "Nessun record trovato" and nothing more; with one, its file is written.
+TEST(OCPrestKT, RepAndExpPrestazioniTakeTheCheckedModels) {
+  TestDb t;
+  Registro(t);
+  t.Exec("INSERT INTO ProjectsDispTipo (CPrjDispTipo, DPrjDispTipo) VALUES (1, 'Oraria')");
+  t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp, CPrjDispTipo, Data, Qta, CStato) VALUES "
+         "(202500002, 1, 'Altra', 1, '2025-02-11 00:00:00', 1, 0)");
+  t.Exec("INSERT INTO ActivitiesProd (CAttivita, CProject, CDisp, DtIni, DtEnd) VALUES "
+         "(202500002, 202500002, 1, '2025-02-12 08:00:00', '2025-02-12 09:15:00')");
+  Started s(t);
+  auto* list = s.Find<ListView>("ListView1");
+  ASSERT_TRUE(list);
+  s.ctl.RepPrestazioni();
+  EXPECT_EQ(t.messages->asked.back().prompt, "Nessun record trovato");
+  EXPECT_EQ(t.messages->asked.back().buttons, 48);
+  s.ctl.ExpPrestazioni();
+  EXPECT_EQ(t.messages->asked.back().prompt, "Nessun record trovato");
+  EXPECT_TRUE(t.messages->filtri.empty());  // no file was asked for
+
+  list->SetChecked(list->Row("K202500002"), true);
+  const QString file = t.Path() + "/prestazioni.csv";
+  t.messages->files.push_back(file);
+  s.ctl.ExpPrestazioni();
+  QFile f(file);
+  ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+  const QString testo = QString::fromLatin1(f.readAll());
+  EXPECT_TRUE(testo.contains("\"Tempo\"")) << testo.toStdString();
+  EXPECT_TRUE(testo.contains("01:15:00")) << testo.toStdString();
+  EXPECT_TRUE(s.ctl.window()->isEnabled());
 }

@@ -20,6 +20,9 @@
 #include "frmModelli.h"
 #include "frmCtrlDDTxFatt.h"
 #include "frmGestDisp.h"
+#include "frmRepExcel.h"
+#include "AnteprimaStampa.h"
+#include "ModReport.h"
 #include "frmSettings.h"
 
 namespace prestkt {
@@ -554,6 +557,13 @@ void OCPrestKT::ShowSettings() {
   f.exec();
 }
 
+void OCPrestKT::ShowReportExcel() {
+  PosizionaScheda();
+  frmRepExcel f(window());
+  f.Form_Load();
+  f.exec();
+}
+
 void OCPrestKT::ShowGestDisp() {
   PosizionaScheda();
   frmGestDisp f(window());
@@ -570,12 +580,21 @@ void OCPrestKT::ShowGestDDTPerFatt() {
 
 double OCPrestKT::CalcDatiDisp(int vCProject, int vCDisp) { return prestkt::CalcDatiDisp(vCProject, vCDisp); }
 
-RecordsetPtr OCPrestKT::PreparaDati() {
+QList<int> OCPrestKT::ModelliSpuntati() const {
   QList<int> modelli;
   for (int i = 0; i < ListView1->Count(); ++i)
     if (ListView1->Checked(i)) modelli << ListView1->Key(i).mid(1).toInt();
-  return prestkt::PreparaDati(modelli);
+  return modelli;
 }
+
+RecordsetPtr OCPrestKT::PreparaDati() { return prestkt::PreparaDati(ModelliSpuntati()); }
+
+void OCPrestKT::RepPrestazioni() {
+  AnteprimaStampa anteprima(window());
+  prestkt::RepPrestazioni(ModelliSpuntati(), anteprima, [this](bool abilita) { window()->setEnabled(abilita); });
+}
+
+void OCPrestKT::ExpPrestazioni() { prestkt::ExpPrestazioni(ModelliSpuntati()); }
 
 void OCPrestKT::IniTabDoc(RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int& vCCaus, int TipoDoc,
                           int NDoc, bool vNewDoc) {

@@ -69,6 +69,8 @@ class OCPrestKT : public QWidget {
   void ShowSettings();
   // Opens the shop-floor station; with OnlyInput it fills the screen.
   void ShowInput();
+  // What was spent in a period, activities and deliveries, to a spreadsheet.
+  void ShowReportExcel();
   // The dispositions of open models by billing state, closed and reopened in bulk.
   void ShowGestDisp();
   // The delivery notes of a period not yet invoiced, priced per disposition.
@@ -77,6 +79,10 @@ class OCPrestKT : public QWidget {
   double CalcDatiDisp(int vCProject, int vCDisp);
   // The time of the dispositions of the checked models, one row each.
   RecordsetPtr PreparaDati();
+  // The time of the checked models' dispositions: the report "Report prestazioni"
+  // in the print preview, or the same data to a sheet or a CSV the user picks.
+  void RepPrestazioni();
+  void ExpPrestazioni();
   // The recordsets of a host document's line screen (see IniTab4Doc), and the
   // lines it collected written under the document's final numbers.
   void IniTabDoc(RecordsetPtr& rcsD, RecordsetPtr& rcsFD, RecordsetPtr& rcsFDD, int& vCCaus, int TipoDoc, int NDoc,
@@ -132,6 +138,7 @@ class OCPrestKT : public QWidget {
   bool eventFilter(QObject* o, QEvent* e) override;
 
  private:
+  QList<int> ModelliSpuntati() const;
   void BuildSurface();
   void ImpostaColonne();
   void AdattaColonne();
