@@ -33,17 +33,24 @@ struct Colonna {
   Allinea allinea;
   double Ancora() const { return allinea == Allinea::Destra ? x + larghezza : x; }
 };
-constexpr Colonna kRagSoc{"Ragione Sociale", 1.0, 3.2, Allinea::Sinistra};
-constexpr Colonna kModello{"Modello", 4.3, 3.0, Allinea::Sinistra};
-constexpr Colonna kTipoMod{"Tipo Modello", 7.4, 2.0, Allinea::Sinistra};
-constexpr Colonna kDisposizione{"Disposizione", 9.5, 3.0, Allinea::Sinistra};
-constexpr Colonna kTipoDisp{"Tipo Disp.", 12.6, 2.0, Allinea::Sinistra};
-constexpr Colonna kTempo{"Tempo", 14.7, 1.2, Allinea::Destra};
-constexpr Colonna kMinuti{"Minuti", 16.0, 1.2, Allinea::Destra};
-constexpr Colonna kDtFine{"Dt Fine", 17.4, 1.5, Allinea::Sinistra};
-constexpr Colonna kQta{"Qta", 19.0, 1.0, Allinea::Destra};
+constexpr Colonna kRagSoc{"Ragione Sociale", 1.0, 2.9, Allinea::Sinistra};
+constexpr Colonna kModello{"Modello", 4.05, 2.7, Allinea::Sinistra};
+constexpr Colonna kTipoMod{"Tipo Modello", 6.9, 2.5, Allinea::Sinistra};
+constexpr Colonna kDisposizione{"Disposizione", 9.55, 2.7, Allinea::Sinistra};
+constexpr Colonna kTipoDisp{"Tipo Disp.", 12.4, 2.6, Allinea::Sinistra};
+constexpr Colonna kTempo{"Tempo", 15.1, 1.1, Allinea::Destra};
+constexpr Colonna kMinuti{"Minuti", 16.3, 1.0, Allinea::Destra};
+constexpr Colonna kDtFine{"Dt Fine", 17.45, 1.6, Allinea::Sinistra};
+constexpr Colonna kQta{"Qta", 19.1, 0.9, Allinea::Destra};
 constexpr Colonna kColonne[] = {kRagSoc, kModello, kTipoMod, kDisposizione, kTipoDisp,
                                 kTempo,  kMinuti,  kDtFine,  kQta};
+
+// A type's name kept on its one line within its column: what doesn't fit ends in "…".
+QString Accorcia(const Documento& doc, QString testo, double larghezza) {
+  if (doc.LarghezzaTesto(testo) <= larghezza) return testo;
+  while (!testo.isEmpty() && doc.LarghezzaTesto(testo + QChar(0x2026)) > larghezza) testo.chop(1);
+  return testo.trimmed() + QChar(0x2026);
+}
 
 // The head of a page: the title and the column headers. Gives the top of the first row.
 double TestaPagina(Documento& doc) {
@@ -149,9 +156,9 @@ void RepPrestazioni(const QList<int>& modelli, Stampante& stampante, const std::
         const QVariant minuti = rs->Value(QStringLiteral("Minuti"));
         colonna(kRagSoc, ragSoc);
         colonna(kModello, modello);
-        cella(kTipoMod, testo("TipoMod"));
+        cella(kTipoMod, Accorcia(doc, testo("TipoMod"), kTipoMod.larghezza));
         colonna(kDisposizione, disposizione);
-        cella(kTipoDisp, testo("TipoDisp"));
+        cella(kTipoDisp, Accorcia(doc, testo("TipoDisp"), kTipoDisp.larghezza));
         cella(kTempo, CTempo(CLng(NullToZero(minuti))));
         cella(kMinuti, Format(minuti, QStringLiteral("#,##0")));
         cella(kDtFine, Format(rs->Value(QStringLiteral("DataMax")), QStringLiteral("dd/mm/yyyy")));
