@@ -343,6 +343,9 @@ void HostWindow::BuildMenus() {
 
   QMenu* report = menuBar()->addMenu(QStringLiteral("&Report"));
   report->setObjectName(QStringLiteral("mnuReport"));
+  QAction* repOperatori = report->addAction(QStringLiteral("Report &operatori..."), ctl_,
+                                            &OCPrestKT::ShowReportOperatori);
+  repOperatori->setObjectName(QStringLiteral("actReportOperatori"));
   QAction* repExcel = report->addAction(QStringLiteral("Report su &Excel..."), ctl_, &OCPrestKT::ShowReportExcel);
   repExcel->setObjectName(QStringLiteral("actReportExcel"));
   report->addSeparator();
@@ -352,7 +355,7 @@ void HostWindow::BuildMenus() {
   QAction* expPrest = report->addAction(QStringLiteral("&Esporta prestazioni dei modelli spuntati..."), ctl_,
                                         &OCPrestKT::ExpPrestazioni);
   expPrest->setObjectName(QStringLiteral("actExpPrestazioni"));
-  for (QAction* a : {repExcel, repPrest, expPrest}) a->setEnabled(!o_.onlyInput);
+  for (QAction* a : {repOperatori, repExcel, repPrest, expPrest}) a->setEnabled(!o_.onlyInput);
 
   QMenu* strumenti = menuBar()->addMenu(QStringLiteral("&Strumenti"));
   strumenti->setObjectName(QStringLiteral("mnuStrumenti"));

@@ -8,6 +8,7 @@
 #include "CodiceABarre.h"
 #include "CodiciLetti.h"
 #include "ModStampe.h"
+#include "Stampa.h"
 #include "TestSupport.h"
 
 using namespace prestkt;
@@ -273,4 +274,37 @@ TEST(StpSchedaProd, EmptyNotesAndDescriptionPrintNoNoteLines) {
   const int disp = static_cast<int>(testi.indexOf("MANUTENZIONE"));
   ASSERT_GE(disp, 0);
   EXPECT_EQ(testi.at(disp + 1), "Qta:");
+}
+
+// A document lying on its page: 29.7 cm across, in the picture and in the PDF;
+// a text at the right of the long side stays on the page.
+TEST(Documento, ADocumentLyingDownTakesTheLongSideAcross) {
+  TestDb t;
+  Documento d;
+  EXPECT_FALSE(d.Orizzontale());
+  EXPECT_DOUBLE_EQ(d.Larghezza(), 21.0);
+  d.Orizzontale(true);
+  EXPECT_DOUBLE_EQ(d.Larghezza(), 29.7);
+  EXPECT_DOUBLE_EQ(d.Altezza(), 21.0);
+  d.Font("Arial", 12);
+  d.Testo(28.0, 1.0, "FINE", Allinea::Destra);
+  const QImage p = d.Pagina(0, 100);
+  EXPECT_GT(p.width(), p.height());
+  EXPECT_NEAR(p.width(), 29.7 / 2.54 * 100, 1);
+  // Ink near the right edge, where an upright page would have ended long before.
+  bool inchiostro = false;
+  for (int x = static_cast<int>(25.0 / 2.54 * 100); x < static_cast<int>(28.0 / 2.54 * 100) && !inchiostro; ++x)
+    for (int y = 0; y < static_cast<int>(2.0 / 2.54 * 100); ++y)
+      if (qGray(p.pixel(x, y)) < 128) {
+        inchiostro = true;
+        break;
+      }
+  EXPECT_TRUE(inchiostro);
+  const QString pdf = t.Path() + "/disteso.pdf";
+  ASSERT_TRUE(d.SalvaPdf(pdf));
+  QFile f(pdf);
+  ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+  // The page's box, in points: 842 across and 595 down.
+  const QByteArray testo = f.readAll();
+  EXPECT_TRUE(testo.contains("/MediaBox [0 0 842") || testo.contains("/MediaBox [0 0 841")) << testo.left(600).toStdString();
 }

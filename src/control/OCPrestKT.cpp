@@ -21,6 +21,7 @@
 #include "frmCtrlDDTxFatt.h"
 #include "frmGestDisp.h"
 #include "frmRepExcel.h"
+#include "frmRepOperatori.h"
 #include "AnteprimaStampa.h"
 #include "ModReport.h"
 #include "frmSettings.h"
@@ -553,6 +554,13 @@ void OCPrestKT::ShowInput() {
 void OCPrestKT::ShowSettings() {
   PosizionaScheda();
   frmSettings f(window());
+  f.Form_Load();
+  f.exec();
+}
+
+void OCPrestKT::ShowReportOperatori() {
+  PosizionaScheda();
+  frmRepOperatori f(window());
   f.Form_Load();
   f.exec();
 }

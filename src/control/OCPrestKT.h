@@ -69,6 +69,8 @@ class OCPrestKT : public QWidget {
   void ShowSettings();
   // Opens the shop-floor station; with OnlyInput it fills the screen.
   void ShowInput();
+  // The month's time of every operator, day by day.
+  void ShowReportOperatori();
   // What was spent in a period, activities and deliveries, to a spreadsheet.
   void ShowReportExcel();
   // The dispositions of open models by billing state, closed and reopened in bulk.

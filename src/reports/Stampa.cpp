@@ -135,7 +135,7 @@ void Documento::DisegnaPagina(QPainter& p, int pagina) const {
       case Comando::Testo: {
         p.setFont(c.font);
         p.setPen(Qt::black);
-        const double largo = Documento::kLarghezza * 2 * k;
+        const double largo = Larghezza() * 2 * k;
         const double alto = QFontMetricsF(c.font, &dispositivo).height() * 2;
         const QPointF o = punto(c.x1, c.y1);
         QRectF r(o.x(), o.y(), largo, alto);
@@ -177,10 +177,14 @@ void Documento::Disegna(QPagedPaintDevice& dispositivo) const {
   }
 }
 
+QPageLayout Documento::Layout() const {
+  return QPageLayout(QPageSize(QPageSize::A4), orizzontale_ ? QPageLayout::Landscape : QPageLayout::Portrait,
+                     QMarginsF());
+}
+
 bool Documento::SalvaPdf(const QString& file) const {
   QPdfWriter pdf(file);
-  if (!pdf.setPageLayout(QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait, QMarginsF())))
-    return false;
+  if (!pdf.setPageLayout(Layout())) return false;
   pdf.setResolution(kDpiMisura);
   pdf.setTitle(titolo_);
   pdf.setCreator(QStringLiteral("OCPrestKT"));
@@ -190,7 +194,7 @@ bool Documento::SalvaPdf(const QString& file) const {
 
 QImage Documento::Pagina(int pagina, int dpi) const {
   const double dpm = dpi / kCmPerPollice * 100;
-  QImage immagine(static_cast<int>(kLarghezza / kCmPerPollice * dpi), static_cast<int>(kAltezza / kCmPerPollice * dpi),
+  QImage immagine(static_cast<int>(Larghezza() / kCmPerPollice * dpi), static_cast<int>(Altezza() / kCmPerPollice * dpi),
                   QImage::Format_RGB32);
   immagine.setDotsPerMeterX(static_cast<int>(dpm));
   immagine.setDotsPerMeterY(static_cast<int>(dpm));

@@ -5,6 +5,7 @@
 // print of the component is made of it; where it goes is a Stampante.
 #include <QColor>
 #include <QFont>
+#include <QPageLayout>
 #include <QImage>
 #include <QString>
 #include <QStringList>
@@ -20,7 +21,7 @@ enum class Allinea { Sinistra, Destra, Centro };
 
 class Documento {
  public:
-  // An A4 page, upright.
+  // An A4 page, upright unless the document lies on it.
   static constexpr double kLarghezza = 21.0;
   static constexpr double kAltezza = 29.7;
 
@@ -28,6 +29,14 @@ class Documento {
   ~Documento();
   Documento(const Documento&);
   Documento& operator=(const Documento&);
+
+  // A document wider than it is tall lies on its page: positions run across
+  // the long side. Every destination takes the page as the document says.
+  void Orizzontale(bool orizzontale) { orizzontale_ = orizzontale; }
+  bool Orizzontale() const { return orizzontale_; }
+  double Larghezza() const { return orizzontale_ ? kAltezza : kLarghezza; }
+  double Altezza() const { return orizzontale_ ? kLarghezza : kAltezza; }
+  QPageLayout Layout() const;
 
   void Titolo(const QString& titolo) { titolo_ = titolo; }
   const QString& Titolo() const { return titolo_; }
@@ -74,6 +83,7 @@ class Documento {
   void DisegnaPagina(QPainter& p, int pagina) const;
 
   QString titolo_;
+  bool orizzontale_ = false;
   QFont font_;
   std::vector<std::vector<Comando>> pagine_;
 };
