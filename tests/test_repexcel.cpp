@@ -7,6 +7,7 @@
 #include <QUrl>
 
 #include "ModExcel.h"
+#include "LettoreXlsx.h"
 #include "ModIcon.h"
 #include "ProcedureUi.h"
 #include "TestSupport.h"
@@ -223,6 +224,19 @@ TEST(frmRepExcel, TheExportAsksForTheFileWritesItAndOpensIt) {
   t.messages->files.push_back(file);
   f.mnuPrn->trigger();
   EXPECT_TRUE(QFile::exists(file));
+  // The sheet holds the titles and the one activity, its day as text.
+  const Foglio foglio = LeggiFoglio(file);
+  ASSERT_TRUE(foglio.letto);
+  EXPECT_EQ(foglio.Righe(), 2);
+  EXPECT_EQ(foglio.Testo("A1"), "Cliente");
+  EXPECT_EQ(foglio.Testo("N1"), "CostoLavExt");
+  EXPECT_EQ(foglio.Testo("A2"), "Officina Rossi");
+  EXPECT_EQ(foglio.Testo("B2"), "02/11/2026");
+  EXPECT_EQ(foglio.Testo("G2"), "INT");
+  EXPECT_EQ(foglio.Testo("H2"), "Mario Verdi");
+  EXPECT_EQ(foglio.Testo("K2"), "60");
+  EXPECT_EQ(foglio.Testo("L2"), "21.5");
+  EXPECT_FALSE(foglio.Ha("E2"));  // Disposizione stays empty
   EXPECT_EQ(aperti, QStringList({file}));
   EXPECT_EQ(f.NomeFile, file);
   EXPECT_EQ(f.ProgressBar1->value(), f.ProgressBar1->maximum());
