@@ -429,20 +429,7 @@ void OCPrestKT::CaricaList() {
 
 void OCPrestKT::ColumnClick(int column) {
   Guard g(kModulo, QStringLiteral("ListView1_ColumnClick"), Guard::Silent);
-  g([&] {
-    const int key = column - 1;
-    if (key != ListView1->SortKey()) {
-      ListView1->SetSortKey(key);
-      ListView1->SetSortOrder(0);
-    } else {
-      ListView1->SetSortOrder(ListView1->SortOrder() == 0 ? 1 : 0);
-    }
-    ListView1->SetSorted(true);
-    if (ListView1->Count() > 0) {
-      ListView1->SetSelected(0);
-      ListView1->EnsureVisible(0);
-    }
-  });
+  g([&] { OrdinaPerColonna(ListView1, column, false); });
 }
 
 void OCPrestKT::mnuSel_Click() {

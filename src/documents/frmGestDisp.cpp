@@ -519,20 +519,8 @@ void frmGestDisp::mnuDeSel_Click() {
 // first row is then selected and brought into view.
 void frmGestDisp::ListView1_ColumnClick(int column) {
   Guard g(kForm, QStringLiteral("ListView1_ColumnClick"), Guard::Silent);
-  g([&] {
-    const int key = column - 1;
-    if (!ListView1->Sorted() || key != ListView1->SortKey()) {
-      ListView1->SetSortKey(key);
-      ListView1->SetSortOrder(0);
-    } else {
-      ListView1->SetSortOrder(ListView1->SortOrder() == 0 ? 1 : 0);
-    }
-    ListView1->SetSorted(true);
-    if (ListView1->Count() > 0) {
-      ListView1->SetSelected(0);
-      ListView1->EnsureVisible(0);
-    }
-  });
+  // A second click on the same column reverses; the first one always sorts ascending.
+  g([&] { OrdinaPerColonna(ListView1, column, true); });
 }
 
 }  // namespace prestkt

@@ -8,6 +8,21 @@
 
 namespace prestkt {
 
+void OrdinaPerColonna(ListView* lista, int colonna, bool primaVolta) {
+  const int chiave = colonna - 1;
+  if ((primaVolta && !lista->Sorted()) || chiave != lista->SortKey()) {
+    lista->SetSortKey(chiave);
+    lista->SetSortOrder(0);
+  } else {
+    lista->SetSortOrder(lista->SortOrder() == 0 ? 1 : 0);
+  }
+  lista->SetSorted(true);
+  if (lista->Count() > 0) {
+    lista->SetSelected(0);
+    lista->EnsureVisible(0);
+  }
+}
+
 void LarghezzaColonne(ListView* lista) {
   lista->setMinimumWidth(lista->header()->length() + 2 * lista->frameWidth() +
                          lista->verticalScrollBar()->sizeHint().width());

@@ -22,6 +22,11 @@ void ListViewSetColumns(ListView* lista, const QStringList& titoli, const std::v
 // Gives column colonna (1-based) all the width that is left; with colonnaB the
 // two share it in percA and percB.
 void ResizeList(ListView* lista, int colonna, int colonnaB = 0, double percA = 0, double percB = 0);
+// A click on the header of colonna (1-based): a new column sorts ascending, the
+// same column again flips the order; the first line is then selected and shown.
+// With primaVolta, a list not sorted yet takes any column as new; without it,
+// the list's current sort key counts even before the first sort.
+void OrdinaPerColonna(ListView* lista, int colonna, bool primaVolta);
 // A list at least as wide as all its columns, so that none hides at the start.
 void LarghezzaColonne(ListView* lista);
 // Selects the line with the key and brings it to the top of the view.
