@@ -1,5 +1,7 @@
 #include "BenchCommon.h"
 
+#include "Messages.h"
+
 #include <libpq-fe.h>
 #include <sqlite3.h>
 
@@ -219,5 +221,17 @@ DatabasePtr ApriDbGrande(int argc, char** argv, QString* cartellaOut) {
   *cartellaOut = cartella;
   return db;
 }
+
+namespace {
+class Muto : public MessageService {
+ public:
+  int MsgBox(const QString&, int, const QString&) override { return vbOK; }
+  QString InputBox(const QString&, const QString&, const QString&) override { return {}; }
+  QString OpenFileName(const QString&, const QString&, const QString&) override { return {}; }
+  QString SaveFileName(const QString&, const QString&, const QString&) override { return {}; }
+};
+}  // namespace
+
+void SenzaMessaggi() { SetMessageService(std::make_shared<Muto>()); }
 
 }  // namespace prestkt::bench

@@ -33,6 +33,9 @@ class Nudo {
   virtual qint64 Primo(const QString& sql) = 0;  // the first column of the first row
   virtual bool Esegui(const QString& sql) = 0;
 };
+// Messages answer at once with their default, so that nothing waits for a user.
+void SenzaMessaggi();
+
 // Runs both sides five times, alternating, and prints the medians as a JSON line.
 // The component's number is the rows it read, compared with the bare read's,
 // or with cosa another figure it gave, printed under that name.

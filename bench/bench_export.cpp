@@ -25,15 +25,6 @@ namespace {
 
 constexpr int kRighe = 100000;
 
-// The end of an export says "File creato con successo!": here nobody reads it.
-class Muto : public MessageService {
- public:
-  int MsgBox(const QString&, int, const QString&) override { return vbOK; }
-  QString InputBox(const QString&, const QString&, const QString&) override { return {}; }
-  QString OpenFileName(const QString&, const QString&, const QString&) override { return {}; }
-  QString SaveFileName(const QString&, const QString&, const QString&) override { return {}; }
-};
-
 // The rows as a bare program holds them: numbers, and texts in UTF-8 (a date
 // as its day, already written out).
 struct Valore {
@@ -126,7 +117,7 @@ int main(int argc, char** argv) {
   const auto nudo = bench::Nudo::Di(*db);
   gDB = db;
   gPathDB = QDir::toNativeSeparators(cartella) + QDir::separator();
-  SetMessageService(std::make_shared<Muto>());
+  bench::SenzaMessaggi();  // "File creato con successo!": here nobody reads it
   QTemporaryDir uscita;
   if (!uscita.isValid()) return 1;
   const QString xlsx = uscita.filePath(QStringLiteral("attivita.xlsx"));

@@ -15,17 +15,6 @@
 
 using namespace prestkt;
 
-namespace {
-// The export's closing message would wait for a user.
-class Silenzio : public MessageService {
- public:
-  int MsgBox(const QString&, int, const QString&) override { return vbOK; }
-  QString InputBox(const QString&, const QString&, const QString&) override { return {}; }
-  QString OpenFileName(const QString&, const QString&, const QString&) override { return {}; }
-  QString SaveFileName(const QString&, const QString&, const QString&) override { return {}; }
-};
-}  // namespace
-
 int main(int argc, char** argv) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication app(argc, argv);
@@ -35,7 +24,7 @@ int main(int argc, char** argv) {
   const auto nudo = bench::Nudo::Di(*db);
   gDB = db;
   gPathDB = QDir::toNativeSeparators(cartella) + QDir::separator();
-  SetMessageService(std::make_shared<Silenzio>());
+  bench::SenzaMessaggi();  // the export's closing message would wait for a user
 
   // The busiest full year of the activities.
   const int anno = db->Select(Sql("SELECT Year(DtIni), Count(*) FROM ActivitiesProd GROUP BY Year(DtIni) ORDER BY 2 DESC"))
@@ -55,6 +44,10 @@ int main(int argc, char** argv) {
       DataSql(QDateTime(dal, QTime(0, 0))) + QStringLiteral(" AND ") + DataSql(QDateTime(al, QTime(0, 0))) +
       QStringLiteral(" AND Projects.TAnag=1 ORDER BY CAttivita "));
   qint64 righe = 0;
+  // The table alone, then the whole export with the sheet.
+  bench::Caso(
+      "frmRepExcel, a year's table", [&] { return static_cast<qint64>(frmRepExcel::CreaTabella(dal, al, 0, 1, 0)->RecordCount()); },
+      [&] { return nudo->Leggi(attivita); });
   bench::Caso(
       "frmRepExcel, a year to .xlsx",
       [&] {

@@ -35,4 +35,26 @@ int NuovoNumeroDisposizione(Guard& g, int cProject) {
   return numero;
 }
 
+RecordsetPtr ApriRigaAttivita(Guard& g, int codice, bool nuova, int cProject, int cDisp) {
+  RecordsetPtr rs;
+  g([&] {
+    ApriRecordset(rs, QStringLiteral("SELECT * FROM ActivitiesProd WHERE CAttivita=") + N(codice) + QStringLiteral("; "),
+                  nullptr, dbOpenDynaset);
+  });
+  if (nuova) {
+    g([&] {
+      rs->AddNew();
+      rs->SetValue(QStringLiteral("CAttivita"), codice);
+      rs->SetValue(QStringLiteral("CProject"), cProject);
+      rs->SetValue(QStringLiteral("CDisp"), cDisp);
+      rs->SetValue(QStringLiteral("Stato"), 0);
+      rs->SetValue(QStringLiteral("TDocRif"), 0);
+      rs->SetValue(QStringLiteral("NDocRif"), 0);
+    });
+  } else {
+    g([&] { rs->Edit(); });
+  }
+  return rs;
+}
+
 }  // namespace prestkt

@@ -4,6 +4,7 @@
 // logged under the caller's procedure and the first number of the range stays.
 // The caller holds the writer's transaction in which the row is then written.
 #include "Guard.h"
+#include "Recordset.h"
 
 namespace prestkt {
 
@@ -13,5 +14,10 @@ int NuovoCodiceAttivita(Guard& g, int anno);
 
 // A new disposition of a model: 1, or the highest number of the model plus 1.
 int NuovoNumeroDisposizione(Guard& g, int cProject);
+
+// The row of activity codice opened to be written: a new one added with its
+// code, model and disposition and Stato, TDocRif, NDocRif at 0; an existing
+// one put in edit. The caller writes the rest and updates it.
+RecordsetPtr ApriRigaAttivita(Guard& g, int codice, bool nuova, int cProject, int cDisp);
 
 }  // namespace prestkt

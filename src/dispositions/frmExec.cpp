@@ -266,24 +266,7 @@ bool frmExec::Salva() {
     // The code: the year of the day times 100000, plus the next number of that year.
     codice = NuovoCodiceAttivita(g, DTPicker1->date().year());
   }
-  RecordsetPtr rs;
-  g([&] {
-    ApriRecordset(rs, QStringLiteral("SELECT * FROM ActivitiesProd WHERE CAttivita=") + N(codice) + QStringLiteral("; "),
-                  nullptr, dbOpenDynaset);
-  });
-  if (Modo == 2) {
-    g([&] {
-      rs->AddNew();
-      rs->SetValue(QStringLiteral("CAttivita"), codice);
-      rs->SetValue(QStringLiteral("CProject"), CProject);
-      rs->SetValue(QStringLiteral("CDisp"), CDisp);
-      rs->SetValue(QStringLiteral("Stato"), 0);
-      rs->SetValue(QStringLiteral("TDocRif"), 0);
-      rs->SetValue(QStringLiteral("NDocRif"), 0);
-    });
-  } else {
-    g([&] { rs->Edit(); });
-  }
+  RecordsetPtr rs = ApriRigaAttivita(g, codice, Modo == 2, CProject, CDisp);
   g([&] { rs->SetValue(QStringLiteral("CUtente"), GetCBValue(CBOperatore)); });
   g([&] { rs->SetValue(QStringLiteral("CPrestazione"), GetCBValue(CBPrest)); });
   g([&] {

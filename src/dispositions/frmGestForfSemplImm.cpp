@@ -163,24 +163,7 @@ bool frmGestForfSemplImm::Salva() {
     codice = NuovoCodiceAttivita(g, DTPicker1->date().year());
     CAttivita = codice;
   }
-  RecordsetPtr rs;
-  g([&] {
-    ApriRecordset(rs, QStringLiteral("SELECT * FROM ActivitiesProd WHERE CAttivita=") + N(codice) + QStringLiteral("; "),
-                  nullptr, dbOpenDynaset);
-  });
-  if (Azione == 2) {
-    g([&] {
-      rs->AddNew();
-      rs->SetValue(QStringLiteral("CAttivita"), codice);
-      rs->SetValue(QStringLiteral("CProject"), CProject);
-      rs->SetValue(QStringLiteral("CDisp"), CDisp);
-      rs->SetValue(QStringLiteral("Stato"), 0);
-      rs->SetValue(QStringLiteral("TDocRif"), 0);
-      rs->SetValue(QStringLiteral("NDocRif"), 0);
-    });
-  } else {
-    g([&] { rs->Edit(); });
-  }
+  RecordsetPtr rs = ApriRigaAttivita(g, codice, Azione == 2, CProject, CDisp);
   // No service kind is asked here: the recording carries none.
   g([&] { rs->SetValue(QStringLiteral("CUtente"), GetCBValue(CBOperatore)); });
   g([&] { rs->SetValue(QStringLiteral("CPrestazione"), 0); });
