@@ -903,9 +903,7 @@ void frmDisp::CaricaListDocs() {
 // ---------------------------------------------------------------- closing
 
 void frmDisp::closeEvent(QCloseEvent* e) {
-  if (modificato_ && MsgBox(QStringLiteral("Vuoi salvare prima di uscire?"), vbYesNo | vbQuestion | vbDefaultButton2) ==
-                         vbYes &&
-      !Salva()) {
+  if (!ChiusuraConsentita(modificato_, [this] { return Salva(); })) {
     e->ignore();
     return;
   }

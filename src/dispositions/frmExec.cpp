@@ -318,12 +318,9 @@ void frmExec::closeEvent(QCloseEvent* e) {
     e->accept();
     return;
   }
-  if (daSalvare_) {
-    if (MsgBox(QStringLiteral("Vuoi salvare prima di uscire?"), vbYesNo | vbQuestion | vbDefaultButton2) == vbYes &&
-        !Salva()) {
-      e->ignore();
-      return;
-    }
+  if (!ChiusuraConsentita(daSalvare_, [this] { return Salva(); })) {
+    e->ignore();
+    return;
   }
   chiudendo_ = true;
   e->accept();

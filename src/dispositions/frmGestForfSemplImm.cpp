@@ -199,9 +199,7 @@ void frmGestForfSemplImm::closeEvent(QCloseEvent* e) {
     e->accept();
     return;
   }
-  if (daSalvare_ &&
-      MsgBox(QStringLiteral("Vuoi salvare prima di uscire?"), vbYesNo | vbQuestion | vbDefaultButton2) == vbYes &&
-      !Salva()) {
+  if (!ChiusuraConsentita(daSalvare_, [this] { return Salva(); })) {
     e->ignore();
     return;
   }

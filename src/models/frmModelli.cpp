@@ -878,12 +878,9 @@ void frmModelli::closeEvent(QCloseEvent* e) {
     e->accept();
     return;
   }
-  if (modificato_) {
-    if (MsgBox(QStringLiteral("Vuoi salvare prima di uscire?"), vbYesNo | vbQuestion | vbDefaultButton2) == vbYes &&
-        !Salva()) {
-      e->ignore();
-      return;
-    }
+  if (!ChiusuraConsentita(modificato_, [this] { return Salva(); })) {
+    e->ignore();
+    return;
   }
   chiudendo_ = true;
   gOcxEventCard.reset();  // the slot empties, whichever card held it

@@ -4,6 +4,7 @@
 #include <QPushButton>
 #include <QStyle>
 
+#include "Messages.h"
 #include "ModMagnify.h"
 #include "ModPrestKT.h"
 #include "ProcedureUi.h"
@@ -87,6 +88,13 @@ void Scheda::CreaToolbar(const std::vector<Pulsante>& pulsanti) {
     }
     a->setObjectName(QStringLiteral("Toolbar1_%1").arg(i));
   }
+}
+
+bool Scheda::ChiusuraConsentita(bool daSalvare, const std::function<bool()>& salva) {
+  if (!daSalvare) return true;
+  if (MsgBox(QStringLiteral("Vuoi salvare prima di uscire?"), vbYesNo | vbQuestion | vbDefaultButton2) != vbYes)
+    return true;
+  return salva();
 }
 
 void Scheda::Prepara(const QString& titolo) {

@@ -10,6 +10,7 @@
 #include <QMenuBar>
 #include <QToolBar>
 #include <QVBoxLayout>
+#include <functional>
 #include <vector>
 
 #include "ModIcon.h"
@@ -56,6 +57,10 @@ class Scheda : public QDialog {
   void Prepara(const QString& titolo);
   // Moves the focus to the hidden field, so that a field in edit finishes its change.
   void FocusText1();
+  // The closing question of a card: with something unsaved it asks "Vuoi
+  // salvare prima di uscire?"; true when the card may close (nothing to save,
+  // No, or Yes and salva succeeded).
+  static bool ChiusuraConsentita(bool daSalvare, const std::function<bool()>& salva);
 };
 
 QIcon IconaTema(const QString& nome);
