@@ -69,11 +69,14 @@ const TipoDocumento* TrovaTipoDocumento(int tipo) {
   return nullptr;
 }
 
-QMap<int, double> AliquoteIva(Database& db) {
+std::function<std::optional<double>(int)> AliquoteIva(Database& db) {
   QMap<int, double> a;
   for (const Row& r : db.Select(Sql(QStringLiteral("SELECT CTabGen, Num1 FROM TabGen WHERE CTipTabGen=4"))).rows)
     a.insert(r[0].toInt(), r[1].toDouble());
-  return a;
+  return [a](int codice) -> std::optional<double> {
+    if (!a.contains(codice)) return std::nullopt;
+    return a.value(codice);
+  };
 }
 
 DocumentoDialog::DocumentoDialog(Database& db, OCPrestKT* ctl, int tipo, int nDoc, QWidget* parent)
@@ -240,13 +243,15 @@ void DocumentoDialog::MostraRighe() {
   MostraTotali();
 }
 
-void DocumentoDialog::MostraTotali() {
+Totali DocumentoDialog::TotaliDocumento() const {
   std::vector<RigaTotali> righe;
   for (const RigaDocumento& r : righe_) righe.push_back({r.qta, r.prezzo, r.valRic, r.iva});
-  const Totali t = CalcolaTotali(righe, spSconto->Value(), GetCBValue(cbIva), [this](int codice) -> std::optional<double> {
-    if (!aliquote_.contains(codice)) return std::nullopt;
-    return aliquote_.value(codice);
-  });
+  return CalcolaTotali(righe, spSconto->Value(), GetCBValue(cbIva),
+                       aliquote_ ? aliquote_ : [](int) -> std::optional<double> { return std::nullopt; });
+}
+
+void DocumentoDialog::MostraTotali() {
+  const Totali t = TotaliDocumento();
   lblTotali->setText(QStringLiteral("Imponibile: %1     IVA: %2     Totale: %3")
                          .arg(Importo(t.imponibile), Importo(t.iva), Importo(Round(t.totale(), 2))));
 }
@@ -413,12 +418,7 @@ bool DocumentoDialog::Salva() {
     return false;
   }
   const QString tipo = N(tipo_->tipo);
-  std::vector<RigaTotali> perTotali;
-  for (const RigaDocumento& r : righe_) perTotali.push_back({r.qta, r.prezzo, r.valRic, r.iva});
-  const Totali tot = CalcolaTotali(perTotali, spSconto->Value(), GetCBValue(cbIva), [this](int c) -> std::optional<double> {
-    if (!aliquote_.contains(c)) return std::nullopt;
-    return aliquote_.value(c);
-  });
+  const Totali tot = TotaliDocumento();
   QSet<QPair<int, int>> ordini = ordiniSalvati_;
   for (const RigaDocumento& r : righe_)
     if (r.nDocRif) ordini.insert({r.nDocRif, r.rigaRif});

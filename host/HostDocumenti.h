@@ -7,11 +7,14 @@
 // hands the links to SaveDataDoc. A delivery's lines are taken from the
 // supplier's order lines instead, and saving counts what arrived on them.
 #include <QDialog>
+#include <functional>
+#include <optional>
 #include <QMap>
 #include <QSet>
 #include <vector>
 
 #include "Database.h"
+#include "ModDoc.h"
 #include "Recordset.h"
 
 class QComboBox;
@@ -41,8 +44,8 @@ struct TipoDocumento {
 const TipoDocumento* TrovaTipoDocumento(int tipo);
 const std::vector<TipoDocumento>& TipiDocumento();
 
-// The rates of the VAT codes, by code.
-QMap<int, double> AliquoteIva(prestkt::Database& db);
+// The rate of each VAT code, read once: nothing for a code the table lacks.
+std::function<std::optional<double>(int)> AliquoteIva(prestkt::Database& db);
 
 // A line of a document as the editor holds it.
 struct RigaDocumento {
@@ -100,6 +103,7 @@ class DocumentoDialog : public QDialog {
   void Carica();
   void MostraRighe();
   void MostraTotali();
+  prestkt::Totali TotaliDocumento() const;
   void Cambiato();
   // True when the document may close: nothing unsaved, or the user's answer.
   bool PuoChiudere();
@@ -117,7 +121,7 @@ class DocumentoDialog : public QDialog {
   std::vector<RigaDocumento> righe_;
   QSet<int> salvate_;                   // line numbers in the table
   QSet<QPair<int, int>> ordiniSalvati_;  // order lines the saved delivery points to
-  QMap<int, double> aliquote_;
+  std::function<std::optional<double>(int)> aliquote_;
   bool modificato_ = false;
 };
 

@@ -16,6 +16,7 @@
 #include "ModDoc.h"
 #include "Procedure.h"
 #include "ProcedureUi.h"
+#include "Schema.h"
 
 using namespace prestkt;
 
@@ -152,7 +153,8 @@ int FatturaDialog::CreaFattura() {
       db_.Execute(Sql(QStringLiteral("INSERT INTO Doc (TipoDoc, NDoc, Data, TAnag, CAnag, Oggetto) VALUES (9, ") +
                       N(nFattura) + QStringLiteral(", ")) +
                   Sql::Param(data) + Sql(QStringLiteral(", 1, ") + N(cliente) + QStringLiteral(", ")) +
-                  Sql::Param(QStringLiteral("Fattura dei DDT n. ") + Elenco(note)) + Sql(QStringLiteral(")")));
+                  Sql::Param((QStringLiteral("Fattura dei DDT n. ") + Elenco(note))
+                                 .left(TestoMassimo(QStringLiteral("Doc"), QStringLiteral("Oggetto")))) + Sql(QStringLiteral(")")));
       // The notes' lines become the invoice's, each pointing to the line it came from.
       const auto righe = db_.Select(
           Sql(QStringLiteral("SELECT NDoc, Riga, CodTesto, DArt, NotaArt, Qta, CCaus, PzVend, PzVendP, Manifattura, "
@@ -179,11 +181,7 @@ int FatturaDialog::CreaFattura() {
                         QStringLiteral(")")));
         perTotali.push_back({r[5].toDouble(), r[7].toDouble(), r[10].toDouble(), r[11].toInt()});
       }
-      const QMap<int, double> aliquote = AliquoteIva(db_);
-      const Totali t = CalcolaTotali(perTotali, 0, 0, [&](int c) -> std::optional<double> {
-        if (!aliquote.contains(c)) return std::nullopt;
-        return aliquote.value(c);
-      });
+      const Totali t = CalcolaTotali(perTotali, 0, 0, AliquoteIva(db_));
       db_.Execute(Sql(QStringLiteral("UPDATE Doc SET ImpDoc=")) + Sql::Param(t.imponibile) +
                   Sql(QStringLiteral(", IVADoc=")) + Sql::Param(t.iva) + Sql(QStringLiteral(", TotDoc=")) +
                   Sql::Param(t.totale()) + Sql(QStringLiteral(" WHERE TipoDoc=9 AND NDoc=") + N(nFattura)));

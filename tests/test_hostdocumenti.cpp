@@ -754,3 +754,36 @@ TEST(HostDocumenti, FromTheDeliveryNotesToTheInvoice) {
   h.w->findChild<QAction*>("actControlloDDT")->trigger();
   EXPECT_FALSE(elencata);
 }
+
+// An invoice of many notes: every note tied to it, and its subject cut to what
+// the column holds.
+TEST(HostDocumenti, AnInvoiceOfManyNotesKeepsThemAllAndItsSubjectFits) {
+  Host h;
+  ASSERT_TRUE(h.opened);
+  const int cliente = h.Scalar(Sql("SELECT Min(CAnag) FROM Anagrafica WHERE TAnag=1 AND Eliminato=0")).toInt();
+  const int primo = h.Scalar(Sql("SELECT Max(NDoc) FROM Doc WHERE TipoDoc=5")).toInt() + 1000;
+  for (int i = 0; i < 60; ++i)
+    h.db->Execute(Sql(QString("INSERT INTO Doc (TipoDoc, NDoc, Data, TAnag, CAnag) VALUES (5, %1, '2026-01-15 00:00:00', "
+                              "1, %2)")
+                          .arg(primo + i)
+                          .arg(cliente)));
+  int nFattura = 0;
+  Quando([&](QWidget* w) {
+    auto* f = qobject_cast<FatturaDialog*>(w);
+    ASSERT_TRUE(f);
+    SetCBValue(f->cbCliente, cliente, 0);
+    for (int i = 0; i < f->twNote->topLevelItemCount(); ++i) {
+      QTreeWidgetItem* it = f->twNote->topLevelItem(i);
+      const int n = it->data(0, Qt::UserRole).toInt();
+      it->setCheckState(0, n >= primo ? Qt::Checked : Qt::Unchecked);
+    }
+    nFattura = f->CreaFattura();
+    f->reject();
+  });
+  h.w->findChild<QAction*>("actFatturaDaDDT")->trigger();
+  ASSERT_GT(nFattura, 0);
+  EXPECT_EQ(Conta(h, QString("SELECT Count(*) FROM DocSchede WHERE TipoDoc=9 AND NDoc=%1").arg(nFattura)), 60);
+  const QString oggetto = h.Scalar(Sql(QString("SELECT Oggetto FROM Doc WHERE TipoDoc=9 AND NDoc=%1").arg(nFattura))).toString();
+  EXPECT_EQ(oggetto.size(), 255);
+  EXPECT_TRUE(oggetto.startsWith("Fattura dei DDT n. "));
+}
