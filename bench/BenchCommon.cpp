@@ -76,6 +76,21 @@ class NudoSqlite final : public Nudo {
     sqlite3_finalize(st);
     return righe;
   }
+  qint64 Byte(const QString& sql) override {
+    const QByteArray testo = sql.toUtf8();
+    sqlite3_stmt* st = nullptr;
+    if (sqlite3_prepare_v2(h_, testo.constData(), testo.size(), &st, nullptr) != SQLITE_OK) return -1;
+    const int n = sqlite3_column_count(st);
+    qint64 byte = 0;
+    while (sqlite3_step(st) == SQLITE_ROW)
+      for (int i = 0; i < n; ++i) {
+        const int tipo = sqlite3_column_type(st, i);
+        if (tipo == SQLITE_INTEGER || tipo == SQLITE_FLOAT) byte += 8;
+        else if (tipo != SQLITE_NULL) byte += sqlite3_column_bytes(st, i);
+      }
+    sqlite3_finalize(st);
+    return byte;
+  }
   qint64 Primo(const QString& sql) override {
     sqlite3_stmt* st = nullptr;
     qint64 valore = 0;
@@ -118,6 +133,22 @@ class NudoPostgres final : public Nudo {
         if (!PQgetisnull(r, i, j)) somma = somma + PQgetlength(r, i, j) + (PQgetvalue(r, i, j)[0] == '1' ? 1 : 0);
     PQclear(r);
     return righe;
+  }
+  qint64 Byte(const QString& sql) override {
+    PGresult* r = PQexec(c_, sql.toUtf8().constData());
+    qint64 byte = 0;
+    if (PQresultStatus(r) == PGRES_TUPLES_OK)
+      for (int i = 0; i < PQntuples(r); ++i)
+        for (int j = 0; j < PQnfields(r); ++j) {
+          if (PQgetisnull(r, i, j)) continue;
+          // bool, int8, int2, int4, float4, float8, numeric: numbers
+          switch (PQftype(r, j)) {
+            case 16: case 20: case 21: case 23: case 700: case 701: case 1700: byte += 8; break;
+            default: byte += PQgetlength(r, i, j);
+          }
+        }
+    PQclear(r);
+    return byte;
   }
   qint64 Primo(const QString& sql) override {
     PGresult* r = PQexec(c_, sql.toUtf8().constData());

@@ -31,6 +31,9 @@ class Nudo {
   // Steps through the rows of a statement reading every column; returns the rows.
   virtual qint64 Leggi(const QString& sql) = 0;
   virtual qint64 Primo(const QString& sql) = 0;  // the first column of the first row
+  // The bytes of the rows' values as the engine hands them over: a text its
+  // bytes, a number 8, a Null nothing.
+  virtual qint64 Byte(const QString& sql) = 0;
   virtual bool Esegui(const QString& sql) = 0;
 };
 // Messages answer at once with their default, so that nothing waits for a user.
