@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <exception>
 #include <vector>
 
 #include "Motore.h"
@@ -188,11 +189,76 @@ const QString& Database::Adattato(const QString& sql) {
   return *adattati_.insert(sql, Adapt(sql));
 }
 
+namespace {
+
+// The rows kept as they come.
+class RigheRisultato final : public RaccoltaRighe {
+ public:
+  explicit RigheRisultato(Database::Result& r) : r_(r) {}
+  void Campi(const std::vector<FieldDef>& fields) override { r_.fields = fields; }
+  void Riga(Row&& row) override { r_.rows.push_back(std::move(row)); }
+
+ private:
+  Database::Result& r_;
+};
+
+// The rows into a recordset, a block at a time. A failure of the recordset
+// is kept for afterwards: it is not the engine's.
+class RigheRecordset final : public RaccoltaRighe {
+ public:
+  void Campi(const std::vector<FieldDef>& fields) override {
+    try {
+      auto rs = Recordset::Create();
+      for (const FieldDef& f : fields) rs->Append(f);
+      rs->Open();
+      rs_ = std::move(rs);
+    } catch (...) {
+      errore_ = std::current_exception();
+    }
+  }
+  void Riga(Row&& row) override {
+    if (!rs_) return;
+    blocco_.push_back(std::move(row));
+    if (blocco_.size() >= 1024) Versa();
+  }
+  RecordsetPtr Fine() {
+    if (errore_) std::rethrow_exception(errore_);
+    Versa();
+    if (rs_) rs_->MoveFirst();
+    return rs_;
+  }
+
+ private:
+  void Versa() {
+    if (!rs_ || blocco_.empty()) return;
+    rs_->AppendRows(std::move(blocco_));
+    blocco_.clear();
+  }
+  RecordsetPtr rs_;
+  std::vector<Row> blocco_;
+  std::exception_ptr errore_;
+};
+
+}  // namespace
+
 Database::Result Database::Select(const Sql& sql) {
+  Result r;
+  RigheRisultato righe(r);
+  Leggi(sql, righe);
+  return r;
+}
+
+RecordsetPtr Database::SelectRecordset(const Sql& sql) {
+  RigheRecordset righe;
+  Leggi(sql, righe);
+  return righe.Fine();
+}
+
+void Database::Leggi(const Sql& sql, RaccoltaRighe& righe) {
   Motore& m = M();
   ++statements_;
   try {
-    return m.Select(Adattato(sql.Text()), sql.Params(), sql.Text());
+    m.Select(Adattato(sql.Text()), sql.Params(), sql.Text(), righe);
   } catch (const VbError&) {
     ++failures_;
     throw;

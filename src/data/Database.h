@@ -60,6 +60,7 @@ Sql operator+(Sql a, const Sql& b);
 enum class Engine { SQLite, PostgreSQL };
 
 class Motore;
+class RaccoltaRighe;
 
 class Database {
  public:
@@ -85,6 +86,9 @@ class Database {
   };
   // Both raise VbError with the engine's message on failure.
   Result Select(const Sql& sql);
+  // The rows of a query straight into a new recordset, opened on its first
+  // row; a recordset that can't take the query's fields raises its own error.
+  RecordsetPtr SelectRecordset(const Sql& sql);
   int Execute(const Sql& sql);  // rows changed
   // A statement in the engine's own SQL, which goes to it as it is.
   int ExecuteNativo(const QString& testo);
@@ -128,6 +132,7 @@ class Database {
   Database() = default;
   static std::shared_ptr<Database> Nuovo(Engine engine);
   Motore& M() const;
+  void Leggi(const Sql& sql, RaccoltaRighe& righe);
   const QString& Adattato(const QString& sql);
   bool EngineInTransaction() const;
 

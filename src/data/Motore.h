@@ -3,20 +3,32 @@
 // the engine's own (see AdattaSql); values go and come as QVariants, dates as
 // QDateTime, a YesNo as -1/0. Every failure raises VbError with the engine's
 // message and the statement.
+#include <QByteArray>
+#include <QByteArrayView>
 #include <QDateTime>
+#include <QHash>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "Database.h"
 
 namespace prestkt {
+
+// Where a query's rows go while they are read: the fields first, then each row.
+class RaccoltaRighe {
+ public:
+  virtual ~RaccoltaRighe() = default;
+  virtual void Campi(const std::vector<FieldDef>& fields) = 0;
+  virtual void Riga(Row&& row) = 0;
+};
 
 class Motore {
  public:
   virtual ~Motore() = default;
   // sistema: the statement as the system wrote it, which tells the types of
   // computed columns.
-  virtual Database::Result Select(const QString& testo, const QVariantList& valori, const QString& sistema) = 0;
+  virtual void Select(const QString& testo, const QVariantList& valori, const QString& sistema, RaccoltaRighe& righe) = 0;
   virtual int Execute(const QString& testo, const QVariantList& valori) = 0;  // rows changed
   // One INSERT prepared once and run for every row next gives.
   virtual qint64 InsertMany(const QString& table, const QStringList& columns,
@@ -31,6 +43,36 @@ class Motore {
   virtual QString DateLiteral(const QDateTime& d) const = 0;
   virtual void DimenticaPreparate() = 0;  // after a change of the tables' shape
   virtual void Chiudi() = 0;
+};
+
+// The same bytes read again and again (a customer's name on each of its
+// models, the day of a run of rows) give one value, made once and shared: a
+// small cache for one column of one query, keyed by the bytes the engine hands.
+class Ricorrenti {
+ public:
+  template <class Fai>
+  QVariant Valore(const char* s, int n, Fai fai) {
+    if (n > kLungo) return fai();
+    if (posti_.empty()) posti_.resize(kPosti);
+    const QByteArrayView byte(s, n);
+    Posto& p = posti_[qHash(byte) & (kPosti - 1)];
+    if (!p.usato || p.byte != byte) {
+      p.byte = byte.toByteArray();
+      p.valore = fai();
+      p.usato = true;
+    }
+    return p.valore;
+  }
+
+ private:
+  static constexpr size_t kPosti = 128;  // a power of two
+  static constexpr int kLungo = 80;       // longer texts are rarely the same
+  struct Posto {
+    bool usato = false;
+    QByteArray byte;
+    QVariant valore;
+  };
+  std::vector<Posto> posti_;
 };
 
 // The field of a recordset that mirrors a database field of that type.

@@ -130,8 +130,9 @@ QVariant Intero(qlonglong v) {
 }
 
 // A value of the text form of the server, read as the field's type asks.
-QVariant Valore(int daoType, Oid tipo, const char* s, int n) {
+QVariant Valore(int daoType, Oid tipo, const char* s, int n, Ricorrenti& ricorrenti) {
   const QByteArray b = QByteArray::fromRawData(s, n);
+  auto testo = [&] { return ricorrenti.Valore(s, n, [&] { return QVariant(QString::fromUtf8(s, n)); }); };
   switch (daoType) {
     case dbBoolean:
       if (tipo == kBool) return QVariant(b == "t");
@@ -150,15 +151,13 @@ QVariant Valore(int daoType, Oid tipo, const char* s, int n) {
     case dbSingle:
     case dbDouble:
       return QVariant(b.toDouble());
-    case dbDate: {
-      const QDateTime d = DateFromStorage(QString::fromLatin1(b.left(19)));
-      return d.isValid() ? QVariant(d) : QVariant();
-    }
-    case dbText:
-    case dbMemo:
-      return QVariant(QString::fromUtf8(s, n));
-    default:
-      return QVariant(QString::fromUtf8(s, n));
+    case dbDate:
+      return ricorrenti.Valore(s, n, [&] {
+        const QDateTime d = DateFromStorage(QString::fromLatin1(b.left(19)));
+        return d.isValid() ? QVariant(d) : QVariant();
+      });
+    default:  // texts, and what has no type of its own
+      return testo();
   }
 }
 
@@ -217,26 +216,25 @@ class Postgres final : public Motore {
 
   ~Postgres() override { Chiudi(); }
 
-  Database::Result Select(const QString& testo, const QVariantList& valori, const QString& sistema) override {
+  void Select(const QString& testo, const QVariantList& valori, const QString& sistema, RaccoltaRighe& righe) override {
     const Valori v(valori);
     Istruzione protetta(*this);
     const std::shared_ptr<Preparata> p = Preparazione(testo, v, sistema);
     Risultato r = Tieni(PQexecPrepared(c_, p->nome.constData(), v.Quanti(), v.puntatori.data(), nullptr, nullptr, 0));
     if (!Riuscito(r.get())) RaiseEngine(c_, r.get(), testo);
     protetta.Riuscita();
-    Database::Result out;
-    out.fields = p->fields;
+    righe.Campi(p->fields);
     const int n = static_cast<int>(p->daoTypes.size());
-    const int righe = PQntuples(r.get());
-    out.rows.reserve(righe);
-    for (int i = 0; i < righe; ++i) {
+    const int quante = PQntuples(r.get());
+    std::vector<Ricorrenti> ricorrenti(n);
+    for (int i = 0; i < quante; ++i) {
       Row row(n);
       for (int j = 0; j < n; ++j)
         if (!PQgetisnull(r.get(), i, j))
-          row[j] = Valore(p->daoTypes[j], p->tipi[j], PQgetvalue(r.get(), i, j), PQgetlength(r.get(), i, j));
-      out.rows.push_back(std::move(row));
+          row[j] = Valore(p->daoTypes[j], p->tipi[j], PQgetvalue(r.get(), i, j), PQgetlength(r.get(), i, j),
+                          ricorrenti[j]);
+      righe.Riga(std::move(row));
     }
-    return out;
   }
 
   int Execute(const QString& testo, const QVariantList& valori) override {

@@ -106,9 +106,14 @@ int DaoTypeOfDecl(const QString& decl, int* size) {
 }
 
 
-QVariant ValoreSqlite(int daoType, sqlite3_stmt* st, int i) {
+QVariant ValoreSqlite(int daoType, sqlite3_stmt* st, int i, Ricorrenti& ricorrenti) {
   const int t = sqlite3_column_type(st, i);
   if (t == SQLITE_NULL) return QVariant();
+  auto testo = [&] {
+    const char* s = reinterpret_cast<const char*>(sqlite3_column_text(st, i));
+    const int n = sqlite3_column_bytes(st, i);
+    return ricorrenti.Valore(s, n, [&] { return QVariant(QString::fromUtf8(s, n)); });
+  };
   switch (daoType) {
     case dbBoolean: return QVariant(sqlite3_column_int64(st, i) != 0);
     case dbByte:
@@ -130,15 +135,16 @@ QVariant ValoreSqlite(int daoType, sqlite3_stmt* st, int i) {
     case dbDouble:
       return QVariant(sqlite3_column_double(st, i));
     case dbDate: {
-      const QString s = QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(st, i)),
-                                          sqlite3_column_bytes(st, i));
-      const QDateTime d = DateFromStorage(s);
-      return d.isValid() ? QVariant(d) : QVariant();
+      const char* s = reinterpret_cast<const char*>(sqlite3_column_text(st, i));
+      const int n = sqlite3_column_bytes(st, i);
+      return ricorrenti.Valore(s, n, [&] {
+        const QDateTime d = DateFromStorage(QString::fromUtf8(s, n));
+        return d.isValid() ? QVariant(d) : QVariant();
+      });
     }
     case dbText:
     case dbMemo:
-      return QVariant(QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(st, i)),
-                                        sqlite3_column_bytes(st, i)));
+      return testo();
     default:
       switch (t) {
         case SQLITE_INTEGER: {
@@ -147,9 +153,7 @@ QVariant ValoreSqlite(int daoType, sqlite3_stmt* st, int i) {
           return QVariant(v);
         }
         case SQLITE_FLOAT: return QVariant(sqlite3_column_double(st, i));
-        default:
-          return QVariant(QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(st, i)),
-                                            sqlite3_column_bytes(st, i)));
+        default: return testo();
       }
   }
 }
@@ -231,23 +235,33 @@ class Sqlite final : public Motore {
     sqlite3_create_function_v2(h, "IIf", 3, flags, nullptr, FnIIf, nullptr, nullptr, nullptr);
   }
 
-  Database::Result Select(const QString& testo, const QVariantList& valori, const QString&) override {
+  void Select(const QString& testo, const QVariantList& valori, const QString&, RaccoltaRighe& righe) override {
     // Held while it runs, whatever happens to the cache meanwhile.
     const std::shared_ptr<Preparata> tenuta = Preparazione(testo);
     Preparata& p = *tenuta;
     Riavvolgi riavvolgi{p.st};
     Bind(p.st, valori);
-    int rc;
-    Database::Result r;
-    r.fields = p.fields;
     const std::vector<int>& daoTypes = p.daoTypes;
     const int n = static_cast<int>(daoTypes.size());
-    while ((rc = sqlite3_step(p.st)) == SQLITE_ROW) {
-      Row row(n);
-      for (int i = 0; i < n; ++i) row[i] = ValoreSqlite(daoTypes[i], p.st, i);
-      r.rows.push_back(std::move(row));
+    std::vector<Ricorrenti> ricorrenti(n);
+    auto leggi = [&](const std::function<void(Row&&)>& riga) {
+      int rc;
+      while ((rc = sqlite3_step(p.st)) == SQLITE_ROW) {
+        Row row(n);
+        for (int i = 0; i < n; ++i) row[i] = ValoreSqlite(daoTypes[i], p.st, i, ricorrenti[i]);
+        riga(std::move(row));
+      }
+      if (rc != SQLITE_DONE) RaiseEngine(h_, rc, p.testo);
+    };
+    // The rows go on as they are read, unless a column's type must wait for its values.
+    if (std::find(daoTypes.begin(), daoTypes.end(), 0) == daoTypes.end()) {
+      righe.Campi(p.fields);
+      leggi([&](Row&& row) { righe.Riga(std::move(row)); });
+      return;
     }
-    if (rc != SQLITE_DONE) RaiseEngine(h_, rc, p.testo);
+    Database::Result r;
+    r.fields = p.fields;
+    leggi([&](Row&& row) { r.rows.push_back(std::move(row)); });
     // Columns whose type neither the table nor the expression tells take it from the values.
     for (int i = 0; i < n; ++i) {
       if (daoTypes[i] != 0) continue;
@@ -265,7 +279,8 @@ class Sqlite final : public Motore {
         break;
       }
     }
-    return r;
+    righe.Campi(r.fields);
+    for (Row& row : r.rows) righe.Riga(std::move(row));
   }
 
   int Execute(const QString& testo, const QVariantList& valori) override {

@@ -146,12 +146,7 @@ void ApriRecordset(RecordsetPtr& rs, const Sql& sql, Database* db, int tipo) {
   for (int tentativi = 0; !rs && tentativi < 3; ++tentativi) {
     try {
       Database* d = DbOr(db);
-      Database::Result r = d->Select(sql);
-      auto out = Recordset::Create();
-      for (const FieldDef& f : r.fields) out->Append(f);
-      out->Open();
-      out->AppendRows(std::move(r.rows));
-      out->MoveFirst();
+      RecordsetPtr out = d->SelectRecordset(sql);
       QString table, where;
       if (tipo == dbOpenDynaset && SingleTable(*d, sql.Text(), &table, &where)) {
         if (sql.Params().isEmpty())  // a condition with bound values can't be replayed as text
@@ -245,8 +240,8 @@ void DAO2ADO(const RecordsetPtr& rsDAO, RecordsetPtr& rsADO, const Progress& pro
   });
   if (!mostra) {
     g([&] {
-      // Fields are copied by name; the mapping is resolved once, and the rows
-      // go in as one block. A value that does not fit is logged and the row stays.
+      // Fields are copied by name, the mapping resolved once. A value that
+      // does not fit is logged and the row stays.
       const auto& from = rsDAO->FieldDefs();
       const auto& to = rsADO->FieldDefs();
       std::vector<int> target(from.size());
@@ -254,19 +249,13 @@ void DAO2ADO(const RecordsetPtr& rsDAO, RecordsetPtr& rsADO, const Progress& pro
         target[i] = rsADO->FieldIndex(from[i].Name);
         if (target[i] < 0) target[i] = rsADO->FieldIndex(from[i].Name + QStringLiteral("_NONPREVISTO"));
       }
+      Row base(to.size());
       const int recStatIndex = recStat ? rsADO->FieldIndex(QStringLiteral("RecStat")) : -1;
+      if (recStatIndex >= 0) base[recStatIndex] = 0;
       if (progress) progress(0, count);
-      std::vector<Row> rows;
-      rows.reserve(count);
-      for (rsDAO->MoveFirst(); !rsDAO->Eof(); rsDAO->MoveNext()) {
-        Row r(to.size());
-        for (size_t i = 0; i < from.size(); ++i)
-          if (target[i] >= 0) r[target[i]] = ValoreCopiato(g, to[target[i]], rsDAO->Value(static_cast<int>(i)));
-        if (recStatIndex >= 0) r[recStatIndex] = 0;
-        rows.push_back(std::move(r));
-        if (progress) progress(static_cast<int>(rows.size()), count);
-      }
-      rsADO->AppendRows(std::move(rows));
+      rsADO->AppendFrom(*rsDAO, target, base,
+                        [&](int campo, const QVariant& v) { return ValoreCopiato(g, to[campo], v); });
+      if (progress) progress(count, count);
     });
   }
   g([&] {

@@ -1,8 +1,8 @@
 // The disconnected recordset.
 //
-// The rows live in a Store shared by the recordset and its clones. A row is
-// never moved inside the store: it is appended at the end and, when deleted,
-// only marked (and emptied). Each recordset keeps its own view: the store
+// The rows live in a Store shared by the recordset and its clones, one column
+// per field. A row is never moved inside the store: it is appended at the end
+// and, when deleted, only marked (and emptied). Each recordset keeps its own view: the store
 // indices of the rows that passed its filter, in its sort order, and a
 // position in that view. A view catches up with rows added or deleted through
 // other recordsets lazily (Sync), from the count of rows it has seen and the
@@ -11,9 +11,11 @@
 // swept out once they become a large part of the view.
 #include "Recordset.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
+#include "RecordsetColonne.h"
 #include "RecordsetFilter.h"
 
 namespace prestkt {
@@ -120,10 +122,24 @@ bool SameRow(const Row& a, const Row& b) {
 
 struct Recordset::Store {
   std::vector<FieldDef> fields;
-  std::vector<Row> rows;
-  std::vector<char> deleted;
+  detail::Colonne cols;
+  std::vector<char> deleted;   // by row; its size is the count of rows
   std::vector<int> deleteLog;  // store indices in the order they were deleted
   std::shared_ptr<WriteCursor> cursor;
+
+  size_t Count() const { return deleted.size(); }
+  Row RowAt(size_t r) const {
+    Row row(cols.size());
+    for (size_t f = 0; f < cols.size(); ++f) row[f] = cols[f].Get(static_cast<qsizetype>(r));
+    return row;
+  }
+  void Push(const Row& row) {
+    for (size_t f = 0; f < cols.size(); ++f) cols[f].Push(row[f]);
+    deleted.push_back(0);
+  }
+  void SetRow(size_t r, const Row& row) {
+    for (size_t f = 0; f < cols.size(); ++f) cols[f].Set(static_cast<qsizetype>(r), row[f]);
+  }
 };
 
 struct Recordset::Impl {
@@ -149,35 +165,35 @@ struct Recordset::Impl {
   int LiveCount() const { return static_cast<int>(view.size()) - dead; }
 
   bool Passes(const Store& s, size_t id) const {
-    return !s.deleted[id] && (!filter || filter->Match(s.rows[id]));
+    return !s.deleted[id] && (!filter || filter->Match(s.cols, static_cast<qsizetype>(id)));
   }
 
   void Rebuild(const Store& s) {
     view.clear();
-    inView.assign(s.rows.size(), 0);
-    for (size_t i = 0; i < s.rows.size(); ++i) {
+    inView.assign(s.Count(), 0);
+    for (size_t i = 0; i < s.Count(); ++i) {
       if (Passes(s, i)) {
         view.push_back(static_cast<int>(i));
         inView[i] = 1;
       }
     }
-    detail::SortRows(view, s.rows, sortKeys);
+    detail::SortRows(view, s.cols, sortKeys);
     dead = 0;
-    seenRows = s.rows.size();
+    seenRows = s.Count();
     seenDeletes = s.deleteLog.size();
     pos = view.empty() ? kEof : 0;
   }
 
   void Sync(const Store& s) {
-    if (seenRows < s.rows.size()) {
-      inView.resize(s.rows.size(), 0);
-      for (size_t i = seenRows; i < s.rows.size(); ++i) {
+    if (seenRows < s.Count()) {
+      inView.resize(s.Count(), 0);
+      for (size_t i = seenRows; i < s.Count(); ++i) {
         if (Passes(s, i)) {
           view.push_back(static_cast<int>(i));
           inView[i] = 1;
         }
       }
-      seenRows = s.rows.size();
+      seenRows = s.Count();
     }
     while (seenDeletes < s.deleteLog.size()) {
       const int id = s.deleteLog[seenDeletes++];
@@ -230,13 +246,12 @@ struct Recordset::Impl {
     if (mode == Mode::Add) {
       if (s.cursor) s.cursor->Insert(s.fields, buffer);
       Sync(s);
-      const int id = static_cast<int>(s.rows.size());
-      s.rows.push_back(std::move(buffer));
-      s.deleted.push_back(0);
+      const int id = static_cast<int>(s.Count());
+      s.Push(buffer);
       view.push_back(id);
-      inView.resize(s.rows.size(), 0);
+      inView.resize(s.Count(), 0);
       inView[id] = 1;
-      seenRows = s.rows.size();
+      seenRows = s.Count();
       pos = static_cast<int>(view.size()) - 1;
       mode = Mode::None;
       buffer.clear();
@@ -246,10 +261,10 @@ struct Recordset::Impl {
         buffer.clear();
         Raise(err::NoCurrentRecord);
       }
-      Row& row = s.rows[view[pos]];
+      const Row row = s.RowAt(view[pos]);
       if (!SameRow(row, buffer)) {
         if (s.cursor) s.cursor->UpdateRow(s.fields, row, buffer);
-        row = std::move(buffer);
+        s.SetRow(view[pos], buffer);
       }
       mode = Mode::None;
       buffer.clear();
@@ -306,7 +321,8 @@ void Recordset::Append(const FieldDef& def) {
 void Recordset::Open() {
   if (d_->open) Raise(err::OperationNotAllowed);
   Store& s = *store_;
-  for (Row& r : s.rows) r.resize(s.fields.size());
+  s.cols.clear();
+  for (const FieldDef& f : s.fields) s.cols.emplace_back(detail::KindOf(f.Type));
   d_->open = true;
   d_->Rebuild(s);
 }
@@ -349,7 +365,7 @@ QVariant Recordset::Value(int index) const {
   if (index < 0 || index >= FieldCount()) Raise(err::ItemNotFound);
   if (d_->mode != Impl::Mode::None) return d_->buffer[index];
   if (!d_->OnLiveRow(*store_)) Raise(err::NoCurrentRecord);
-  return store_->rows[d_->view[d_->pos]][index];
+  return store_->cols[index].Get(d_->view[d_->pos]);
 }
 
 void Recordset::SetValue(const QString& name, const QVariant& v) {
@@ -366,7 +382,7 @@ void Recordset::SetValue(int index, const QVariant& v) {
   if (d_->mode == Impl::Mode::None && !d_->OnLiveRow(s)) Raise(err::NoCurrentRecord);
   QVariant value = ToField(s.fields[index], v);
   if (d_->mode == Impl::Mode::None) {  // the first write starts the edit
-    d_->buffer = s.rows[d_->view[d_->pos]];
+    d_->buffer = s.RowAt(d_->view[d_->pos]);
     d_->mode = Impl::Mode::Edit;
   }
   d_->buffer[index] = std::move(value);
@@ -400,7 +416,7 @@ void Recordset::Edit() {
   PRESTKT_REQUIRE_OPEN();
   if (d_->mode != Impl::Mode::None) return;
   if (!d_->OnLiveRow(*store_)) Raise(err::NoCurrentRecord);
-  d_->buffer = store_->rows[d_->view[d_->pos]];
+  d_->buffer = store_->RowAt(d_->view[d_->pos]);
   d_->mode = Impl::Mode::Edit;
 }
 
@@ -423,12 +439,12 @@ void Recordset::Delete() {
   }
   if (!d_->OnLiveRow(s)) Raise(err::NoCurrentRecord);
   const int id = d_->view[d_->pos];
-  if (s.cursor) s.cursor->DeleteRow(s.fields, s.rows[id]);
+  if (s.cursor) s.cursor->DeleteRow(s.fields, s.RowAt(id));
   d_->mode = Impl::Mode::None;
   d_->buffer.clear();
   s.deleted[id] = 1;
   s.deleteLog.push_back(id);
-  Row().swap(s.rows[id]);
+  s.SetRow(id, Row(s.fields.size()));
   d_->Sync(s);
 }
 
@@ -566,11 +582,13 @@ void Recordset::Save(const QString& path, int format) const {
   if (format != adPersistXML && format != adPersistADTG) Raise(err::BadArguments);
   const Store& s = *store_;
   d_->Sync(s);
-  std::vector<const Row*> rows;
+  std::vector<Row> rows;
   rows.reserve(d_->view.size());
   for (int id : d_->view)
-    if (!s.deleted[id]) rows.push_back(&s.rows[id]);
-  detail::SaveRows(path, format, s.fields, rows);
+    if (!s.deleted[id]) rows.push_back(s.RowAt(id));
+  std::vector<const Row*> righe;
+  for (const Row& r : rows) righe.push_back(&r);
+  detail::SaveRows(path, format, s.fields, righe);
 }
 
 void Recordset::AppendRows(std::vector<Row>&& rows) {
@@ -582,17 +600,72 @@ void Recordset::AppendRows(std::vector<Row>&& rows) {
   if (rows.empty()) return;
   d_->Sync(s);
   const bool wasEmpty = d_->LiveCount() == 0;
-  const size_t first = s.rows.size();
-  s.rows.reserve(first + rows.size());
-  for (Row& r : rows) s.rows.push_back(std::move(r));
+  for (const Row& r : rows) s.Push(r);
   rows.clear();
-  s.deleted.resize(s.rows.size(), 0);
+  Appended(wasEmpty);
+}
+
+void Recordset::Appended(bool wasEmpty) {
+  Store& s = *store_;
   if (!d_->sortKeys.empty() && d_->mode == Impl::Mode::None) {
     d_->Rebuild(s);
     return;
   }
   d_->Sync(s);
   if (wasEmpty && d_->mode == Impl::Mode::None && d_->pos < 0) d_->pos = d_->NextLive(s, 0);
+}
+
+void Recordset::AppendFrom(const Recordset& from, const std::vector<int>& target, const Row& base,
+                           const std::function<QVariant(int, const QVariant&)>& misfit) {
+  PRESTKT_REQUIRE_OPEN();
+  if (!from.d_->open) Raise(err::OperationNotAllowed);
+  Store& s = *store_;
+  const Store& f = *from.store_;
+  if (base.size() != s.fields.size() || target.size() != f.fields.size()) Raise(err::BadArguments);
+  from.d_->Sync(f);
+  std::vector<int> ids;
+  ids.reserve(from.d_->view.size());
+  for (int id : from.d_->view)
+    if (!f.deleted[id]) ids.push_back(id);
+  if (ids.empty()) return;
+  d_->Sync(s);
+  const bool wasEmpty = d_->LiveCount() == 0;
+  // Into an empty store from every row of another, in the order they are
+  // kept, a column whose values all fit is shared instead of copied.
+  std::vector<char> shared(s.fields.size(), 0);
+  bool whole = &s != &f && s.Count() == 0 && ids.size() == f.Count();
+  for (size_t k = 0; whole && k < ids.size(); ++k) whole = ids[k] == static_cast<int>(k);
+  if (whole) {
+    std::vector<int> source(s.fields.size(), -1);
+    for (size_t j = 0; j < target.size(); ++j)
+      if (target[j] >= 0) source[target[j]] = static_cast<int>(j);
+    for (size_t i = 0; i < s.fields.size(); ++i) {
+      if (source[i] < 0 || !f.cols[source[i]].Entra(s.fields[i])) continue;
+      s.cols[i] = f.cols[source[i]].Come(detail::KindOf(s.fields[i].Type));
+      shared[i] = 1;
+    }
+  }
+  const bool all = std::find(shared.begin(), shared.end(), 0) == shared.end();
+  Row r;
+  for (int id : ids) {
+    if (!all) {
+      r = base;
+      for (size_t j = 0; j < target.size(); ++j) {
+        const int i = target[j];
+        if (i < 0 || shared[i]) continue;
+        const QVariant v = f.cols[j].Get(id);
+        try {
+          r[i] = ToField(s.fields[i], v);
+        } catch (const VbError&) {
+          r[i] = misfit(i, v);
+        }
+      }
+      for (size_t i = 0; i < s.cols.size(); ++i)
+        if (!shared[i]) s.cols[i].Push(r[i]);
+    }
+    s.deleted.push_back(0);
+  }
+  Appended(wasEmpty);
 }
 
 void Recordset::SetWriteCursor(std::shared_ptr<WriteCursor> cursor) { store_->cursor = std::move(cursor); }

@@ -5,6 +5,7 @@
 // cursor: Edit/AddNew/Update/Delete then reach the table as well.
 #include <QString>
 #include <QVariant>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -142,6 +143,13 @@ class Recordset {
 
   // Bulk append of rows already in the field order and types (used by copies).
   void AppendRows(std::vector<Row>&& rows);
+  // Appends the live rows of from in its order: its field j goes to field
+  // target[j] (-1: nowhere) as SetValue would store it, and a field that no
+  // field of from feeds takes its value in base. A value that does not fit
+  // goes to misfit, and its answer is stored instead. A column whose values
+  // all fit is shared with from until either side writes.
+  void AppendFrom(const Recordset& from, const std::vector<int>& target, const Row& base,
+                  const std::function<QVariant(int field, const QVariant& value)>& misfit);
   // The value as field f holds it; raises -2147217887 when it does not fit.
   static QVariant FitValue(const FieldDef& f, const QVariant& v);
 
@@ -150,6 +158,8 @@ class Recordset {
   bool HasWriteCursor() const;
 
  private:
+  void Appended(bool wasEmpty);  // brings the view up to rows just stored
+
   struct Store;
   struct Impl;
   std::shared_ptr<Store> store_;

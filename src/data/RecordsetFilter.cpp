@@ -4,6 +4,8 @@
 // judged without allocations for the common types.
 #include "RecordsetFilter.h"
 
+#include "RecordsetColonne.h"
+
 #include <QDate>
 #include <QRegularExpression>
 #include <QStringList>
@@ -223,9 +225,9 @@ struct Constant {
 class AndNode : public FilterExpr {
  public:
   std::vector<std::unique_ptr<FilterExpr>> items;
-  bool Match(const Row& row) const override {
+  bool Match(const Colonne& c, qsizetype row) const override {
     for (const auto& e : items)
-      if (!e->Match(row)) return false;
+      if (!e->Match(c, row)) return false;
     return true;
   }
 };
@@ -233,9 +235,9 @@ class AndNode : public FilterExpr {
 class OrNode : public FilterExpr {
  public:
   std::vector<std::unique_ptr<FilterExpr>> items;
-  bool Match(const Row& row) const override {
+  bool Match(const Colonne& c, qsizetype row) const override {
     for (const auto& e : items)
-      if (e->Match(row)) return true;
+      if (e->Match(c, row)) return true;
     return false;
   }
 };
@@ -243,7 +245,7 @@ class OrNode : public FilterExpr {
 class NullNode : public FilterExpr {
  public:
   NullNode(int field, bool wantNull) : field_(field), wantNull_(wantNull) {}
-  bool Match(const Row& row) const override { return row[field_].isValid() == !wantNull_; }
+  bool Match(const Colonne& c, qsizetype row) const override { return c[field_].IsNull(row) == wantNull_; }
 
  private:
   int field_;
@@ -252,17 +254,21 @@ class NullNode : public FilterExpr {
 
 class FalseNode : public FilterExpr {
  public:
-  bool Match(const Row&) const override { return false; }
+  bool Match(const Colonne&, qsizetype) const override { return false; }
 };
 
 class CompareNode : public FilterExpr {
  public:
   CompareNode(int field, Op op, Constant k) : field_(field), op_(op), k_(std::move(k)) {}
 
-  bool Match(const Row& row) const override {
-    const QVariant& v = row[field_];
-    if (!v.isValid()) return false;
+  bool Match(const Colonne& cols, qsizetype row) const override {
     int c;
+    if (const QString* s = cols[field_].Testo(row)) {
+      if (!Text(*s, &c)) return false;
+      return Apply(op_, c);
+    }
+    const QVariant v = cols[field_].Get(row);
+    if (!v.isValid()) return false;
     if (!Order(v, &c)) return false;
     return Apply(op_, c);
   }
@@ -367,8 +373,9 @@ class LikeNode : public FilterExpr {
     }
   }
 
-  bool Match(const Row& row) const override {
-    const QVariant& v = row[field_];
+  bool Match(const Colonne& cols, qsizetype row) const override {
+    if (const QString* s = cols[field_].Testo(row)) return MatchText(*s);
+    const QVariant v = cols[field_].Get(row);
     if (!v.isValid()) return false;
     if (v.typeId() == QMetaType::QString) return MatchText(*static_cast<const QString*>(v.constData()));
     return MatchText(CStr(v));
@@ -863,13 +870,13 @@ int Compare(const Key& a, const Key& b) {
 
 }  // namespace
 
-void SortRows(std::vector<int>& ids, const std::vector<Row>& rows, const std::vector<SortKey>& keys) {
+void SortRows(std::vector<int>& ids, const Colonne& rows, const std::vector<SortKey>& keys) {
   if (keys.empty() || ids.size() < 2) return;
   const size_t n = ids.size();
   std::vector<std::vector<Key>> cols(keys.size());
   for (size_t k = 0; k < keys.size(); ++k) {
     cols[k].resize(n);
-    for (size_t i = 0; i < n; ++i) cols[k][i] = KeyOf(rows[ids[i]][keys[k].field]);
+    for (size_t i = 0; i < n; ++i) cols[k][i] = KeyOf(rows[keys[k].field].Get(ids[i]));
   }
   std::vector<int> perm(n);
   for (size_t i = 0; i < n; ++i) perm[i] = static_cast<int>(i);

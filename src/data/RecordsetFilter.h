@@ -30,11 +30,14 @@ bool ParseDateText(QStringView s, bool monthFirst, QDateTime* out);
 // has no point.
 bool ParseNumberText(QStringView s, double* out);
 
+class Colonna;  // the values of one field (RecordsetColonne.h)
+using Colonne = std::vector<Colonna>;
+
 // A compiled filter: evaluated once per row.
 class FilterExpr {
  public:
   virtual ~FilterExpr() = default;
-  virtual bool Match(const Row& row) const = 0;
+  virtual bool Match(const Colonne& cols, qsizetype row) const = 0;
 };
 using FilterPtr = std::shared_ptr<const FilterExpr>;
 
@@ -47,8 +50,8 @@ struct SortKey {
 };
 // "F1 DESC, F2 [ASC]"; an unknown field raises 3265, a malformed text 3001.
 std::vector<SortKey> ParseSort(const QString& text, const std::vector<FieldDef>& fields);
-// Orders ids (indices into rows) by the keys; equal rows keep their order.
-void SortRows(std::vector<int>& ids, const std::vector<Row>& rows, const std::vector<SortKey>& keys);
+// Orders ids (indices of rows) by the keys; equal rows keep their order.
+void SortRows(std::vector<int>& ids, const Colonne& cols, const std::vector<SortKey>& keys);
 
 // Writes fields and rows to path in the given persist format; raises
 // err::PathFileAccess when the file cannot be written.
