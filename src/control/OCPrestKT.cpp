@@ -1,5 +1,6 @@
 #include "OCPrestKT.h"
 
+#include <array>
 #include <QCoreApplication>
 #include <QDir>
 #include <QEvent>
@@ -402,27 +403,35 @@ void OCPrestKT::CaricaList() {
   g([&] { rs->SetFilter(f); });
   g([&] { rs->SetSort(QStringLiteral("CProject DESC")); });
   g([&] {
-    // The values of the lines are taken once; their texts are made when shown.
-    const int campi[] = {rs->FieldIndex(QStringLiteral("CProject")), rs->FieldIndex(QStringLiteral("DtIni")),
-                         rs->FieldIndex(QStringLiteral("RagSoc1")),  rs->FieldIndex(QStringLiteral("DProject")),
-                         rs->FieldIndex(QStringLiteral("DPrjTipo")), rs->FieldIndex(QStringLiteral("Annot"))};
-    constexpr int n = 6;
-    auto valori = std::make_shared<std::vector<QVariant>>();
-    valori->reserve(static_cast<size_t>(rs->RecordCount()) * n);
-    for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext())
-      for (int c : campi) valori->push_back(c >= 0 ? rs->Value(c) : QVariant());
+    // The lines are the models' bookmarks, in the list's order; their texts
+    // are made from the models when shown.
+    const std::array<int, 6> campi = {
+        rs->FieldIndex(QStringLiteral("CProject")), rs->FieldIndex(QStringLiteral("DtIni")),
+        rs->FieldIndex(QStringLiteral("RagSoc1")),  rs->FieldIndex(QStringLiteral("DProject")),
+        rs->FieldIndex(QStringLiteral("DPrjTipo")), rs->FieldIndex(QStringLiteral("Annot"))};
+    // A line's key stays its model's code even after the model leaves the recordset.
+    auto righe = std::make_shared<std::vector<int>>();
+    auto codici = std::make_shared<std::vector<qlonglong>>();
+    righe->reserve(static_cast<size_t>(rs->RecordCount()));
+    codici->reserve(static_cast<size_t>(rs->RecordCount()));
+    for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
+      righe->push_back(rs->Bookmark());
+      codici->push_back(campi[0] >= 0 ? NullToZero(rs->Value(campi[0])).toLongLong() : 0);
+    }
+    auto valore = [rs, righe, campi](int line, int campo) {
+      return campi[campo] >= 0 ? rs->ValueAt(righe->at(static_cast<size_t>(line)), campi[campo]) : QVariant();
+    };
     ListViewAddLines(
-        ListView1, static_cast<int>(valori->size() / n),
-        [valori](int line, int column) -> QString {
-          const QVariant* v = valori->data() + static_cast<size_t>(line) * n;
+        ListView1, static_cast<int>(righe->size()),
+        [valore](int line, int column) -> QString {
           switch (column) {
             case 0: return QString();
-            case 1: return Format(v[0], QStringLiteral("0000-00000"));
-            case 2: return Format(v[1], QStringLiteral("dd/mm/yyyy"));
-            default: return column <= 6 ? NullToStr(v[column - 1]) : QString();
+            case 1: return Format(valore(line, 0), QStringLiteral("0000-00000"));
+            case 2: return Format(valore(line, 1), QStringLiteral("dd/mm/yyyy"));
+            default: return column <= 6 ? NullToStr(valore(line, column - 1)) : QString();
           }
         },
-        [valori](int line) { return QStringLiteral("K") + Codice9(valori->at(static_cast<size_t>(line) * n)); });
+        [codici](int line) { return QStringLiteral("K") + Codice9(codici->at(static_cast<size_t>(line))); });
   });
   g([&] { ListView1->setVisible(visibile); });
 }

@@ -1,5 +1,7 @@
 #include "ModPrestKT.h"
 
+#include <set>
+
 #include "Messages.h"
 #include "ModADO.h"
 #include "Procedure.h"
@@ -138,35 +140,26 @@ bool AvvisaDispChiusa(int cProject, int cDisp) {
   return chiusa;
 }
 
-namespace {
-
-// The first field of a lookup's first row, or the fallback; a failing query fails to the caller.
-QString Ricerca(QHash<qlonglong, QString>& memo, const QString& testo, const QVariant& codice,
-                const QString& campo, const QString& mancante) {
-  const qlonglong chiave = static_cast<qlonglong>(CDbl(NullToZero(codice)));
-  const auto trovato = memo.constFind(chiave);
-  if (trovato != memo.constEnd()) return *trovato;
+std::optional<QVariant> Ricerca::Valore(const QVariant& codice) {
+  const QString chiave = CStr(codice);
+  const auto trovato = letti_.constFind(chiave);
+  if (trovato != letti_.constEnd()) return *trovato;
   RecordsetPtr rs;
-  ApriRecordset(rs, Sql(testo) + Sql::Param(chiave), nullptr, dbOpenSnapshot);
-  const QString nome = rs->Eof() ? mancante : NullToStr(rs->Value(campo));
-  memo.insert(chiave, nome);
-  return nome;
+  ApriRecordset(rs, Sql(testo_) + Sql::Param(codice), nullptr, dbOpenSnapshot);
+  std::optional<QVariant> valore;
+  if (!rs->Eof()) valore = rs->Value(campo_);
+  letti_.insert(chiave, valore);
+  return valore;
 }
 
-}  // namespace
-
 QString NomiAttivita::Operatore(const QVariant& cUtente) {
-  return Ricerca(operatori_,
-                 QStringLiteral("SELECT CAnag AS CDip, RagSoc1 AS Nome, Eliminato FROM Anagrafica WHERE TAnag=10 AND "
-                                "CAnag="),
-                 cUtente, QStringLiteral("Nome"), QStringLiteral("{sconosciuto}"));
+  const auto nome = operatori_.Valore(static_cast<qlonglong>(CDbl(NullToZero(cUtente))));
+  return nome ? NullToStr(*nome) : QStringLiteral("{sconosciuto}");
 }
 
 QString NomiAttivita::Prestazione(const QVariant& cPrestazione) {
-  return Ricerca(prestazioni_,
-                 QStringLiteral("SELECT CTabGen AS CPrestazione, DTabGen AS DPrestazione FROM TabGen WHERE "
-                                "CTipTabGen=12 AND CTabGen="),
-                 cPrestazione, QStringLiteral("DPrestazione"), QStringLiteral("-"));
+  const auto descrizione = prestazioni_.Valore(static_cast<qlonglong>(CDbl(NullToZero(cPrestazione))));
+  return descrizione ? NullToStr(*descrizione) : QStringLiteral("-");
 }
 
 tyDatiDisp GetDatiDisp(int tAnag, int cAnag, int cPrjTipo, int cPrjDispTipo) {
@@ -297,9 +290,116 @@ void CaricaAttivita(RecordsetPtr& rs, int cProject, int cDisp, int cAttivita, bo
   g([&] { rs->SetFilter(QString()); });
 }
 
+namespace {
+
+// An order line by the number of its order and its own number.
+using RigaOrdine = QPair<qlonglong, qlonglong>;
+
+// The order line that a row names in two of its fields; none when either is
+// Null, as no query would find a line for it.
+std::optional<RigaOrdine> RigaDi(const Recordset& rs, int nDoc, int riga) {
+  const QVariant n = rs.Value(nDoc), r = rs.Value(riga);
+  if (IsNull(n) || IsNull(r)) return std::nullopt;
+  return RigaOrdine(n.toLongLong(), r.toLongLong());
+}
+
+// The numbers of the orders that the rows of rs name in NDoc, as the list of
+// an In: "(100, 101)"; "" when they name none.
+QString ElencoOrdini(Recordset& rs) {
+  std::set<qlonglong> numeri;
+  const int nDoc = rs.FieldIndex(QStringLiteral("NDoc"));
+  for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) {
+    const QVariant n = rs.Value(nDoc);
+    if (!IsNull(n)) numeri.insert(n.toLongLong());
+  }
+  if (numeri.empty()) return {};
+  QStringList testi;
+  for (qlonglong n : numeri) testi << N(n);
+  return QLatin1Char('(') + testi.join(QStringLiteral(", ")) + QLatin1Char(')');
+}
+
+// What each row of guida asks of lette, in guida's order: for every row of
+// guida, the rows of lette whose fields nDoc and riga name guida's order line
+// (NDoc, Riga), in lette's order, with the fields daGuida taken from that row
+// of guida. A line asked for twice comes twice; a line not in lette gives
+// nothing. The rows come with lette's fields, as a copy takes them.
+RecordsetPtr RighePerGuida(Recordset& guida, Recordset& lette, const QString& nDoc, const QString& riga,
+                           const QStringList& daGuida) {
+  const int campi = lette.FieldCount();
+  const int nDocLette = lette.FieldIndex(nDoc), rigaLette = lette.FieldIndex(riga);
+  QHash<RigaOrdine, std::vector<Row>> perRiga;
+  for (lette.MoveFirst(); !lette.Eof(); lette.MoveNext()) {
+    const auto chiave = RigaDi(lette, nDocLette, rigaLette);
+    if (!chiave) continue;
+    Row r(campi);
+    for (int i = 0; i < campi; ++i) r[i] = lette.Value(i);
+    perRiga[*chiave].push_back(std::move(r));
+  }
+  std::vector<std::pair<int, int>> copiati;  // field of lette, field of guida
+  for (const QString& nome : daGuida) copiati.emplace_back(lette.FieldIndex(nome), guida.FieldIndex(nome));
+  const int nDocGuida = guida.FieldIndex(QStringLiteral("NDoc")), rigaGuida = guida.FieldIndex(QStringLiteral("Riga"));
+  std::vector<Row> righe;
+  for (guida.MoveFirst(); !guida.Eof(); guida.MoveNext()) {
+    const auto chiave = RigaDi(guida, nDocGuida, rigaGuida);
+    if (!chiave) continue;
+    const auto trovate = perRiga.constFind(*chiave);
+    if (trovate == perRiga.constEnd()) continue;
+    for (Row r : *trovate) {
+      for (const auto& [daLette, daGuidaCampo] : copiati) r[daLette] = guida.Value(daGuidaCampo);
+      righe.push_back(std::move(r));
+    }
+  }
+  auto out = Recordset::Create();
+  for (const FieldDef& f : lette.FieldDefs()) out->Append(f);
+  out->Open();
+  out->AppendRows(std::move(righe));
+  return out;
+}
+
+// The effective unit cost of the lines of rs: the mean of what their
+// deliveries cost, each delivery rounded to the cent first, read in one query
+// for all of them. A line with no quantity delivered keeps what it had.
+void CostoEffettivo(Recordset& rs) {
+  const QString ordini = ElencoOrdini(rs);
+  if (ordini.isEmpty()) return;
+  RecordsetPtr cons;
+  ApriRecordset(cons,
+                QStringLiteral("SELECT TipoDoc, TipoDocRif, NDocRif, RigaRif, Qta, Importo FROM [Doc:FornitureDett] "
+                               "WHERE TipoDoc=15 AND TipoDocRif=12 AND NDocRif In ") +
+                    ordini + QStringLiteral("; "),
+                nullptr, dbOpenSnapshot);
+  // Quantity and price of each delivery, by the line it answers, in the order read.
+  QHash<RigaOrdine, std::vector<std::pair<double, double>>> perRiga;
+  const int nDocRif = cons->FieldIndex(QStringLiteral("NDocRif")), rigaRif = cons->FieldIndex(QStringLiteral("RigaRif"));
+  for (; !cons->Eof(); cons->MoveNext()) {
+    const auto chiave = RigaDi(*cons, nDocRif, rigaRif);
+    if (!chiave) continue;
+    perRiga[*chiave].emplace_back(CDbl(NullToZero(cons->Value(QStringLiteral("Qta")))),
+                                  CDbl(NullToZero(cons->Value(QStringLiteral("Importo")))));
+  }
+  const int nDoc = rs.FieldIndex(QStringLiteral("NDoc")), riga = rs.FieldIndex(QStringLiteral("Riga"));
+  for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) {
+    const auto chiave = RigaDi(rs, nDoc, riga);
+    if (!chiave) continue;
+    double q = 0, v = 0;
+    for (const auto& [qta, importo] : perRiga.value(*chiave)) {
+      q += qta;
+      v += Round(qta * importo, 2);
+    }
+    if (q > 0) {
+      rs.SetValue(QStringLiteral("ImpEff"), Round(v / q, 2));
+      rs.Update();
+    }
+  }
+}
+
+}  // namespace
+
 void CaricaLavEsterne(RecordsetPtr& rs, int cProject, int cDisp) {
   Guard g(kModulo, QStringLiteral("CaricaLavEsterne"), Guard::Silent);
+  // The link's CDisp and RigaD lead the fields; the lines give them no value of their own.
   const QString corpo = QStringLiteral(
+      "SELECT 0 AS CDisp, 0 AS RigaD, "
       "[Doc:Forniture].TipoDoc, [Doc:Forniture].NDoc, [Doc:Forniture].DataDoc, Anagrafica.RagSoc1, "
       "[Doc:Forniture].DataCons, [Doc:FornitureDett].Riga, [Doc:FornitureDett].Qta, "
       "[Doc:FornitureDett].QtaArr, [Doc:FornitureDett].Annullato, [Doc:FornitureDett].Importo, "
@@ -314,64 +414,37 @@ void CaricaLavEsterne(RecordsetPtr& rs, int cProject, int cDisp) {
   if (cDisp != 0) sql += QStringLiteral(" AND CDisp=") + N(cDisp);
   RecordsetPtr links;
   g([&] { ApriRecordset(links, sql, nullptr, dbOpenSnapshot); });
-  bool righe = false;
-  g([&] {
-    // The link's values go into the statement so that they come back as fields.
-    for (links->MoveFirst(); !links->Eof(); links->MoveNext()) {
-      RecordsetPtr riga;
-      ApriRecordset(riga,
-                    Sql(QStringLiteral("SELECT ")) + Sql::Param(links->Value(QStringLiteral("CDisp"))) +
-                        Sql(QStringLiteral(" AS CDisp, ")) + Sql::Param(links->Value(QStringLiteral("RigaD"))) +
-                        Sql(QStringLiteral(" AS RigaD, ") + corpo + QStringLiteral("(([Doc:Forniture].NDoc)=")) +
-                        Sql::Param(links->Value(QStringLiteral("NDoc"))) +
-                        Sql(QStringLiteral(") AND (([Doc:FornitureDett].Riga)=")) +
-                        Sql::Param(links->Value(QStringLiteral("Riga"))) + Sql(QStringLiteral(")); ")),
+  QString ordini;
+  g([&] { ordini = ElencoOrdini(*links); });
+  if (!ordini.isEmpty()) {
+    // Every line of the linked orders in one reading; each link then takes its own.
+    RecordsetPtr lette, collegate;
+    g([&] {
+      ApriRecordset(lette, corpo + QStringLiteral("(([Doc:Forniture].NDoc) In ") + ordini + QStringLiteral(")); "),
                     nullptr, dbOpenSnapshot);
-      DAO2ADO(riga, rs, {}, righe);
-      righe = true;
-    }
-  });
-  if (!righe) {
+    });
+    g([&] {
+      collegate = RighePerGuida(*links, *lette, QStringLiteral("NDoc"), QStringLiteral("Riga"),
+                                {QStringLiteral("CDisp"), QStringLiteral("RigaD")});
+    });
+    g([&] { DAO2ADO(collegate, rs); });
+  } else {
     RecordsetPtr vuoto;
     g([&] {
-      ApriRecordset(vuoto,
-                    QStringLiteral("SELECT 0 AS CDisp, 0 AS RigaD, ") + corpo +
-                        QStringLiteral("(([Doc:Forniture].NDoc)=-1000) AND (([Doc:FornitureDett].Riga)=0)); "),
+      ApriRecordset(vuoto, corpo + QStringLiteral("(([Doc:Forniture].NDoc)=-1000) AND (([Doc:FornitureDett].Riga)=0)); "),
                     nullptr, dbOpenSnapshot);
     });
     g([&] { DAO2ADO(vuoto, rs); });
   }
   g([&] { rs->SetFilter(QString()); });
-  // The effective unit cost: the mean of what the deliveries of the line cost.
-  g([&] {
-    RecordsetPtr cons;
-    for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
-      ApriRecordset(cons,
-                    Sql(QStringLiteral("SELECT TipoDoc, TipoDocRif, NDocRif, RigaRif, Qta, Importo FROM "
-                                       "[Doc:FornitureDett] WHERE TipoDoc=15 AND TipoDocRif=")) +
-                        Sql::Param(rs->Value(QStringLiteral("TipoDoc"))) + Sql(QStringLiteral(" AND NDocRif=")) +
-                        Sql::Param(rs->Value(QStringLiteral("NDoc"))) + Sql(QStringLiteral(" AND RigaRif=")) +
-                        Sql::Param(rs->Value(QStringLiteral("Riga"))) + Sql(QStringLiteral("; ")),
-                    nullptr, dbOpenSnapshot);
-      double q = 0, v = 0;
-      for (; !cons->Eof(); cons->MoveNext()) {
-        const double qta = CDbl(NullToZero(cons->Value(QStringLiteral("Qta"))));
-        q += qta;
-        v += Round(qta * CDbl(NullToZero(cons->Value(QStringLiteral("Importo")))), 2);
-      }
-      if (q > 0) {
-        rs->SetValue(QStringLiteral("ImpEff"), Round(v / q, 2));
-        rs->Update();
-      }
-    }
-  });
+  g([&] { CostoEffettivo(*rs); });
 }
 
 void CaricaForniture(RecordsetPtr& rs, const RecordsetPtr& rsLavExt) {
   Guard g(kModulo, QStringLiteral("CaricaForniture"), Guard::Silent);
-  auto testo = [](const Sql& cDisp, const Sql& condizione) {
-    return Sql(QStringLiteral("SELECT ")) + cDisp +
-           Sql(QStringLiteral(
+  auto testo = [](const QString& cDisp, const QString& condizione) {
+    return QStringLiteral("SELECT ") + cDisp +
+           QStringLiteral(
                " AS CDisp, [Doc:Forniture].TipoDoc, [Doc:Forniture].NDoc, [Doc:FornitureDett].Riga, "
                "[Doc:Forniture].DataDoc, [Doc:Forniture].Riferimento, Anagrafica.RagSoc1, "
                "[Doc:FornitureDett].TipoDocRif, [Doc:FornitureDett].NDocRif, [Doc:FornitureDett].RigaRif, "
@@ -380,38 +453,42 @@ void CaricaForniture(RecordsetPtr& rs, const RecordsetPtr& rsLavExt) {
                "[Doc:FornitureDett].TipoDoc) AND ([Doc:Forniture].NDoc = [Doc:FornitureDett].NDoc)) INNER JOIN "
                "Anagrafica ON ([Doc:Forniture].TAnag = Anagrafica.TAnag) AND ([Doc:Forniture].CAnag = "
                "Anagrafica.CAnag)) INNER JOIN [ABC:Causfatt] ON [Doc:FornitureDett].CCaus = [ABC:Causfatt].CTabGen "
-               "WHERE ((([Doc:Forniture].TipoDoc)=15) AND ")) +
-           condizione + Sql(QStringLiteral("(([ABC:Causfatt].Bool8)=-1)); "));
+               "WHERE ((([Doc:Forniture].TipoDoc)=15) AND ") +
+           condizione + QStringLiteral("(([ABC:Causfatt].Bool8)=-1)); ");
   };
   RecordsetPtr ordini;
   g([&] {
     ordini = rsLavExt->Clone();
     ordini->SetFilter(QStringLiteral("TipoDoc=12"));
   });
+  QString elenco;
+  g([&] { elenco = ElencoOrdini(*ordini); });
   bool righe = false;
-  g([&] {
-    for (; !ordini->Eof(); ordini->MoveNext()) {
-      RecordsetPtr dao;
-      ApriRecordset(dao,
-                    testo(Sql::Param(ordini->Value(QStringLiteral("CDisp"))),
-                          Sql(QStringLiteral("(([Doc:FornitureDett].TipoDocRif)=12) AND (([Doc:FornitureDett].NDocRif)=")) +
-                              Sql::Param(ordini->Value(QStringLiteral("NDoc"))) +
-                              Sql(QStringLiteral(") AND (([Doc:FornitureDett].RigaRif)=")) +
-                              Sql::Param(ordini->Value(QStringLiteral("Riga"))) + Sql(QStringLiteral(") AND "))),
+  if (!elenco.isEmpty()) {
+    // The deliveries of every listed order in one reading; each line then takes its own.
+    RecordsetPtr lette, consegne;
+    g([&] {
+      ApriRecordset(lette,
+                    testo(QStringLiteral("0"), QStringLiteral("(([Doc:FornitureDett].TipoDocRif)=12) AND "
+                                                              "(([Doc:FornitureDett].NDocRif) In ") +
+                                                   elenco + QStringLiteral(") AND ")),
                     nullptr, dbOpenSnapshot);
-      if (dao->RecordCount() > 0) {
-        DAO2ADO(dao, rs, {}, righe);
+    });
+    g([&] { consegne = RighePerGuida(*ordini, *lette, QStringLiteral("NDocRif"), QStringLiteral("RigaRif"), {QStringLiteral("CDisp")}); });
+    g([&] {
+      if (consegne->RecordCount() > 0) {
+        DAO2ADO(consegne, rs);
         righe = true;
       }
-    }
-  });
+    });
+  }
   if (!righe) {
     RecordsetPtr vuoto;
     g([&] {
       ApriRecordset(vuoto,
-                    testo(Sql(QStringLiteral("1")),
-                          Sql(QStringLiteral("(([Doc:FornitureDett].TipoDocRif)=0) AND (([Doc:FornitureDett].NDocRif)=-1000) "
-                                             "AND (([Doc:FornitureDett].RigaRif)=0) AND "))),
+                    testo(QStringLiteral("1"),
+                          QStringLiteral("(([Doc:FornitureDett].TipoDocRif)=0) AND (([Doc:FornitureDett].NDocRif)=-1000) "
+                                         "AND (([Doc:FornitureDett].RigaRif)=0) AND ")),
                     nullptr, dbOpenSnapshot);
     });
     g([&] { DAO2ADO(vuoto, rs); });

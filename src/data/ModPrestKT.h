@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QIcon>
 #include <QString>
+#include <optional>
 
 #include "Database.h"
 #include "Recordset.h"
@@ -53,18 +54,36 @@ QString DescrPrest(int cPrestazione);
 double CostoOraOperatore(int cAnag);
 bool AvvisaDispChiusa(int cProject, int cDisp);
 
+// A lookup of one field by one code that reads each code once for the life
+// of the object, so that a list of thousands of rows reads each code it shows
+// once. The statement is the text given with the code bound at its end.
+class Ricerca {
+ public:
+  Ricerca(QString testo, QString campo) : testo_(std::move(testo)), campo_(std::move(campo)) {}
+  // The field of the first row for the code; nothing when there is no row. A
+  // failing query fails to the caller and is read again at the next asking.
+  std::optional<QVariant> Valore(const QVariant& codice);
+
+ private:
+  QString testo_;
+  QString campo_;
+  QHash<QString, std::optional<QVariant>> letti_;  // by the code's text
+};
+
 // The operator's name and the service kind's description as the lists of
-// activities show them: "{sconosciuto}" and "-" when there is no row. Each
-// code is read once for the life of the object, so a list of thousands of
-// activities reads each operator and service kind once.
+// activities show them: "{sconosciuto}" and "-" when there is no row.
 class NomiAttivita {
  public:
   QString Operatore(const QVariant& cUtente);
   QString Prestazione(const QVariant& cPrestazione);
 
  private:
-  QHash<qlonglong, QString> operatori_;
-  QHash<qlonglong, QString> prestazioni_;
+  Ricerca operatori_{QStringLiteral("SELECT CAnag AS CDip, RagSoc1 AS Nome, Eliminato FROM Anagrafica WHERE "
+                                    "TAnag=10 AND CAnag="),
+                     QStringLiteral("Nome")};
+  Ricerca prestazioni_{QStringLiteral("SELECT CTabGen AS CPrestazione, DTabGen AS DPrestazione FROM TabGen WHERE "
+                                      "CTipTabGen=12 AND CTabGen="),
+                       QStringLiteral("DPrestazione")};
 };
 
 // The tariff of a kind of work for a customer.
@@ -87,7 +106,12 @@ struct DatiModello {
 };
 void CaricaDatiModello(int cProject, const DatiModello& dest = {});
 void CaricaAttivita(RecordsetPtr& rs, int cProject, int cDisp, int cAttivita, bool aggiorna);
+// The supplier order lines linked to a model (cDisp 0) or to one of its
+// dispositions: one row for each link, in the links' order, with the link's
+// CDisp and RigaD first and the effective unit cost in ImpEff.
 void CaricaLavEsterne(RecordsetPtr& rs, int cProject, int cDisp);
+// The billable deliveries of the order lines of rsLavExt: for each of its
+// lines, in its order, the line's deliveries with the line's CDisp first.
 void CaricaForniture(RecordsetPtr& rs, const RecordsetPtr& rsLavExt);
 
 }  // namespace prestkt

@@ -504,6 +504,22 @@ int Recordset::RecordCount() const {
   return d_->LiveCount();
 }
 
+int Recordset::Bookmark() const {
+  PRESTKT_REQUIRE_OPEN();
+  const Store& s = *store_;
+  d_->Sync(s);
+  if (d_->mode == Impl::Mode::Add || !d_->OnLiveRow(s)) Raise(err::NoCurrentRecord);
+  return d_->view[d_->pos];
+}
+
+QVariant Recordset::ValueAt(int bookmark, int index) const {
+  PRESTKT_REQUIRE_OPEN();
+  const Store& s = *store_;
+  if (bookmark < 0 || static_cast<size_t>(bookmark) >= s.Count() || index < 0 || index >= FieldCount())
+    Raise(err::BadArguments);
+  return s.cols[index].Get(bookmark);
+}
+
 int Recordset::AbsolutePosition() const {
   PRESTKT_REQUIRE_OPEN();
   const Store& s = *store_;

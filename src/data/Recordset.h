@@ -125,6 +125,10 @@ class Recordset {
   void MoveNext();
   void MovePrevious();
   int RecordCount() const;       // rows under the filter
+  // The current record's bookmark; a value of the record a bookmark names,
+  // read without moving to it (Null once the record is deleted).
+  int Bookmark() const;
+  QVariant ValueAt(int bookmark, int index) const;
   int AbsolutePosition() const;  // 1-based; -1 when not on a record
   void SetAbsolutePosition(int pos);
 

@@ -147,14 +147,15 @@ bool Colonna::Entra(const FieldDef& f) const {
       if (stato_[i] == kValore && !ok(i)) return false;
     return true;
   };
+  // Whole numbers are held alike whatever their width: only the range matters.
   if (Intero32(k)) {
-    if (!Intero32(kind_)) return false;
+    if (!Intero32(kind_) && kind_ != FieldKind::Int64) return false;
     qint64 lo, hi;
     Limiti(k, &lo, &hi);
     return ogni([&](qsizetype i) { return interi_[i] >= lo && interi_[i] <= hi; });
   }
   switch (k) {
-    case FieldKind::Int64: return kind_ == FieldKind::Int64;
+    case FieldKind::Int64: return kind_ == FieldKind::Int64 || Intero32(kind_);
     case FieldKind::Bool: return kind_ == FieldKind::Bool;
     case FieldKind::Real:
       if (kind_ != FieldKind::Real && kind_ != FieldKind::Currency) return false;
