@@ -196,13 +196,13 @@ class RigheRisultato final : public RaccoltaRighe {
  public:
   explicit RigheRisultato(Database::Result& r) : r_(r) {}
   void Campi(const std::vector<FieldDef>& fields) override { r_.fields = fields; }
-  void Riga(Row&& row) override { r_.rows.push_back(std::move(row)); }
+  void Riga(Row& row) override { r_.rows.push_back(std::move(row)); }
 
  private:
   Database::Result& r_;
 };
 
-// The rows into a recordset, a block at a time. A failure of the recordset
+// The rows into a recordset. A failure of the recordset
 // is kept for afterwards: it is not the engine's.
 class RigheRecordset final : public RaccoltaRighe {
  public:
@@ -216,26 +216,17 @@ class RigheRecordset final : public RaccoltaRighe {
       errore_ = std::current_exception();
     }
   }
-  void Riga(Row&& row) override {
-    if (!rs_) return;
-    blocco_.push_back(std::move(row));
-    if (blocco_.size() >= 1024) Versa();
+  void Riga(Row& row) override {
+    if (rs_) rs_->AppendRow(row);
   }
   RecordsetPtr Fine() {
     if (errore_) std::rethrow_exception(errore_);
-    Versa();
     if (rs_) rs_->MoveFirst();
     return rs_;
   }
 
  private:
-  void Versa() {
-    if (!rs_ || blocco_.empty()) return;
-    rs_->AppendRows(std::move(blocco_));
-    blocco_.clear();
-  }
   RecordsetPtr rs_;
-  std::vector<Row> blocco_;
   std::exception_ptr errore_;
 };
 

@@ -20,7 +20,8 @@ class RaccoltaRighe {
  public:
   virtual ~RaccoltaRighe() = default;
   virtual void Campi(const std::vector<FieldDef>& fields) = 0;
-  virtual void Riga(Row&& row) = 0;
+  // May take the row's values; the reader fills the row again for the next.
+  virtual void Riga(Row& row) = 0;
 };
 
 class Motore {
@@ -65,7 +66,7 @@ class Ricorrenti {
   }
 
  private:
-  static constexpr size_t kPosti = 128;  // a power of two
+  static constexpr size_t kPosti = 512;  // a power of two
   static constexpr int kLungo = 80;       // longer texts are rarely the same
   struct Posto {
     bool usato = false;

@@ -227,13 +227,15 @@ class Postgres final : public Motore {
     const int n = static_cast<int>(p->daoTypes.size());
     const int quante = PQntuples(r.get());
     std::vector<Ricorrenti> ricorrenti(n);
+    Row row;
     for (int i = 0; i < quante; ++i) {
-      Row row(n);
+      row.resize(n);
       for (int j = 0; j < n; ++j)
-        if (!PQgetisnull(r.get(), i, j))
-          row[j] = Valore(p->daoTypes[j], p->tipi[j], PQgetvalue(r.get(), i, j), PQgetlength(r.get(), i, j),
-                          ricorrenti[j]);
-      righe.Riga(std::move(row));
+        row[j] = PQgetisnull(r.get(), i, j)
+                     ? QVariant()
+                     : Valore(p->daoTypes[j], p->tipi[j], PQgetvalue(r.get(), i, j), PQgetlength(r.get(), i, j),
+                              ricorrenti[j]);
+      righe.Riga(row);
     }
   }
 

@@ -244,24 +244,25 @@ class Sqlite final : public Motore {
     const std::vector<int>& daoTypes = p.daoTypes;
     const int n = static_cast<int>(daoTypes.size());
     std::vector<Ricorrenti> ricorrenti(n);
-    auto leggi = [&](const std::function<void(Row&&)>& riga) {
+    auto leggi = [&](const std::function<void(Row&)>& riga) {
       int rc;
+      Row row;
       while ((rc = sqlite3_step(p.st)) == SQLITE_ROW) {
-        Row row(n);
+        row.resize(n);
         for (int i = 0; i < n; ++i) row[i] = ValoreSqlite(daoTypes[i], p.st, i, ricorrenti[i]);
-        riga(std::move(row));
+        riga(row);
       }
       if (rc != SQLITE_DONE) RaiseEngine(h_, rc, p.testo);
     };
     // The rows go on as they are read, unless a column's type must wait for its values.
     if (std::find(daoTypes.begin(), daoTypes.end(), 0) == daoTypes.end()) {
       righe.Campi(p.fields);
-      leggi([&](Row&& row) { righe.Riga(std::move(row)); });
+      leggi([&](Row& row) { righe.Riga(row); });
       return;
     }
     Database::Result r;
     r.fields = p.fields;
-    leggi([&](Row&& row) { r.rows.push_back(std::move(row)); });
+    leggi([&](Row& row) { r.rows.push_back(std::move(row)); });
     // Columns whose type neither the table nor the expression tells take it from the values.
     for (int i = 0; i < n; ++i) {
       if (daoTypes[i] != 0) continue;
@@ -280,7 +281,7 @@ class Sqlite final : public Motore {
       }
     }
     righe.Campi(r.fields);
-    for (Row& row : r.rows) righe.Riga(std::move(row));
+    for (Row& row : r.rows) righe.Riga(row);
   }
 
   int Execute(const QString& testo, const QVariantList& valori) override {

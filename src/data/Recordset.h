@@ -147,6 +147,7 @@ class Recordset {
 
   // Bulk append of rows already in the field order and types (used by copies).
   void AppendRows(std::vector<Row>&& rows);
+  void AppendRow(const Row& row);
   // Appends the live rows of from in its order: its field j goes to field
   // target[j] (-1: nowhere) as SetValue would store it, and a field that no
   // field of from feeds takes its value in base. A value that does not fit

@@ -50,22 +50,25 @@ char Colonna::Forma(const QVariant& v) const {
 }
 
 void Colonna::Push(const QVariant& v) {
-  const qsizetype i = stato_.size();
-  stato_.append(kNull);
+  const char forma = Forma(v);
+  const bool valore = forma == kValore;
+  stato_.append(forma);
   switch (kind_) {
     case FieldKind::Int8:
     case FieldKind::UInt8:
     case FieldKind::Int16:
-    case FieldKind::Int32:
-    case FieldKind::Int64:
-    case FieldKind::Bool: interi_.append(0); break;
+    case FieldKind::Int32: interi_.append(valore ? *static_cast<const int*>(v.constData()) : 0); break;
+    case FieldKind::Int64: interi_.append(valore ? *static_cast<const qlonglong*>(v.constData()) : 0); break;
+    case FieldKind::Bool: interi_.append(valore && *static_cast<const bool*>(v.constData())); break;
     case FieldKind::Real:
-    case FieldKind::Currency: reali_.append(0); break;
-    case FieldKind::Date: date_.append(QDateTime()); break;
-    case FieldKind::Text: testi_.append(QString()); break;
-    case FieldKind::Variant: varianti_.append(QVariant()); break;
+    case FieldKind::Currency: reali_.append(valore ? *static_cast<const double*>(v.constData()) : 0); break;
+    case FieldKind::Date:
+      date_.append(valore ? *static_cast<const QDateTime*>(v.constData()) : QDateTime());
+      break;
+    case FieldKind::Text: testi_.append(valore ? *static_cast<const QString*>(v.constData()) : QString()); break;
+    case FieldKind::Variant: varianti_.append(v); break;
   }
-  if (v.isValid()) Scrivi(i, v, Forma(v));
+  if (forma == kAltro) altri_.insert(stato_.size() - 1, v);
 }
 
 void Colonna::Set(qsizetype i, const QVariant& v) {

@@ -803,12 +803,18 @@ namespace {
 struct Key {
   quint8 cls = 0;  // 0 Null, 1 number, 2 date, 3 text
   bool isInt = false;
-  qint64 i = 0;
+  qint64 i = 0;  // a text's key: its place among the column's texts
   double d = 0;
-  QString s;
 };
 
-Key KeyOf(const QVariant& v) {
+// The keys of one sort field, with the folded texts apart so that a key
+// of a number or a date carries no string.
+struct KeyColumn {
+  std::vector<Key> keys;
+  std::vector<QString> texts;
+};
+
+Key KeyOf(const QVariant& v, std::vector<QString>& texts) {
   Key k;
   if (!v.isValid()) return k;
   switch (v.typeId()) {
@@ -847,13 +853,14 @@ Key KeyOf(const QVariant& v) {
       break;
     default:
       k.cls = 3;
-      k.s = v.toString().toCaseFolded();
+      k.i = static_cast<qint64>(texts.size());
+      texts.push_back(v.toString().toCaseFolded());
       break;
   }
   return k;
 }
 
-int Compare(const Key& a, const Key& b) {
+int Compare(const Key& a, const Key& b, const std::vector<QString>& texts) {
   if (a.cls != b.cls) return a.cls < b.cls ? -1 : 1;
   switch (a.cls) {
     case 1:
@@ -861,7 +868,7 @@ int Compare(const Key& a, const Key& b) {
       return Cmp(a.d, b.d);
     case 2: return Cmp(a.i, b.i);
     case 3: {
-      const int r = QString::compare(a.s, b.s, Qt::CaseSensitive);
+      const int r = QString::compare(texts[a.i], texts[b.i], Qt::CaseSensitive);
       return r < 0 ? -1 : (r > 0 ? 1 : 0);
     }
     default: return 0;
@@ -873,16 +880,16 @@ int Compare(const Key& a, const Key& b) {
 void SortRows(std::vector<int>& ids, const Colonne& rows, const std::vector<SortKey>& keys) {
   if (keys.empty() || ids.size() < 2) return;
   const size_t n = ids.size();
-  std::vector<std::vector<Key>> cols(keys.size());
+  std::vector<KeyColumn> cols(keys.size());
   for (size_t k = 0; k < keys.size(); ++k) {
-    cols[k].resize(n);
-    for (size_t i = 0; i < n; ++i) cols[k][i] = KeyOf(rows[keys[k].field].Get(ids[i]));
+    cols[k].keys.resize(n);
+    for (size_t i = 0; i < n; ++i) cols[k].keys[i] = KeyOf(rows[keys[k].field].Get(ids[i]), cols[k].texts);
   }
   std::vector<int> perm(n);
   for (size_t i = 0; i < n; ++i) perm[i] = static_cast<int>(i);
   std::stable_sort(perm.begin(), perm.end(), [&](int a, int b) {
     for (size_t k = 0; k < keys.size(); ++k) {
-      const int c = Compare(cols[k][a], cols[k][b]);
+      const int c = Compare(cols[k].keys[a], cols[k].keys[b], cols[k].texts);
       if (c != 0) return keys[k].descending ? c > 0 : c < 0;
     }
     return false;

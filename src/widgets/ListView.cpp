@@ -43,7 +43,7 @@ QVariant ListViewModel::data(const QModelIndex& index, int role) const {
       if (c == 0 && it.icon >= 0 && it.icon < view_->icons_.size()) return view_->icons_.at(it.icon);
       return {};
     case Qt::ForegroundRole:
-      if (it.color.isValid()) return it.color;
+      if (it.hasColor) return QColor::fromRgba(it.color);
       return {};
     case Qt::SizeHintRole:
       if (it.height > 0) return QSize(-1, it.height);
@@ -193,8 +193,8 @@ int ListView::Count() const { return static_cast<int>(model_->items_.size()); }
 int ListView::AddItem(const QString& key, const QString& text, int icon) {
   if (!key.isEmpty() && IndexOfKey(key) >= 0) Raise(35602, QStringLiteral("Key is not unique in collection"));
   ListViewModel::Item it;
-  it.key = key;
-  it.texts << text;
+  it.Own().key = key;
+  it.Own().texts << text;
   it.icon = icon;
   const int row = Count();
   // While the list is hidden (as it is while it fills) the view is told once, when shown.
@@ -229,9 +229,9 @@ void ListView::SetLines(int count, LineText text, LineKey key, bool checked) {
 void ListView::SetSubItem(int row, int column, const QString& text) {
   CheckRow(row);
   ListViewModel::Item& it = model_->items_[row];
-  if (it.line >= 0 && it.texts.isEmpty())  // a line made when shown keeps what it showed
-    for (int c = 0; c < ColumnCount(); ++c) it.texts << lineText_(it.line, c);
-  QStringList& t = it.texts;
+  if (it.line >= 0 && !it.own)  // a line made when shown keeps what it showed
+    for (int c = 0; c < ColumnCount(); ++c) it.Own().texts << lineText_(it.line, c);
+  QStringList& t = it.Own().texts;
   while (t.size() <= column) t << QString();
   t[column] = text;
   if (!pending_) emit model_->dataChanged(model_->index(row, column), model_->index(row, column));
@@ -240,15 +240,15 @@ void ListView::SetSubItem(int row, int column, const QString& text) {
 QString ListView::Text(int row, int column) const {
   CheckRow(row);
   const ListViewModel::Item& it = model_->items_[row];
-  if (it.line >= 0 && it.texts.isEmpty()) return lineText_(it.line, column);
-  return column < it.texts.size() ? it.texts.at(column) : QString();
+  if (it.line >= 0 && !it.own) return lineText_(it.line, column);
+  return it.own && column < it.own->texts.size() ? it.own->texts.at(column) : QString();
 }
 
 QString ListView::Key(int row) const {
   CheckRow(row);
   const ListViewModel::Item& it = model_->items_[row];
-  if (it.line >= 0 && it.key.isEmpty()) return lineKey_(it.line);
-  return it.key;
+  if (it.line >= 0 && (!it.own || it.own->key.isEmpty())) return lineKey_(it.line);
+  return it.own ? it.own->key : QString();
 }
 
 void ListView::RebuildKeys() const {
@@ -296,12 +296,14 @@ void ListView::SetIcon(int row, int icon) {
 
 void ListView::SetItemColor(int row, const QColor& color) {
   CheckRow(row);
-  model_->items_[row].color = color;
+  model_->items_[row].color = color.rgba();
+  model_->items_[row].hasColor = color.isValid();
 }
 
 QColor ListView::ItemColor(int row) const {
   CheckRow(row);
-  return model_->items_[row].color;
+  const ListViewModel::Item& it = model_->items_[row];
+  return it.hasColor ? QColor::fromRgba(it.color) : QColor();
 }
 
 void ListView::SetItemBold(int row, bool bold) {

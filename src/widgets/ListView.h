@@ -9,6 +9,7 @@
 #include <QIcon>
 #include <QTreeView>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace prestkt {
@@ -26,15 +27,26 @@ class ListViewModel : public QAbstractTableModel {
     int widthTwips = 1440;
     int alignment = lvwColumnLeft;
   };
+  // A line made when shown holds no texts of its own until one is set, so
+  // that a list of a hundred thousand lines costs a few bytes a line.
   struct Item {
-    QString key;
-    QStringList texts;  // index 0 is the item's own text
+    struct Texts {
+      QString key;
+      QStringList texts;  // index 0 is the item's own text
+    };
+    std::unique_ptr<Texts> own;
     int icon = -1;
-    bool checked = false;
-    QColor color;
-    bool bold = false;
     int height = 0;  // pixels; 0 for the list's own
     int line = -1;   // for lines made when shown: the line of the source
+    QRgb color = 0;
+    bool hasColor = false;
+    bool checked = false;
+    bool bold = false;
+
+    Texts& Own() {
+      if (!own) own = std::make_unique<Texts>();
+      return *own;
+    }
   };
 
   explicit ListViewModel(ListView* view);
