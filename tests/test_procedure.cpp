@@ -169,6 +169,54 @@ TEST(ApriRecordset, EmptyTextLeavesNothingAndThreeFailuresLeaveNull) {
   EXPECT_FALSE(QDir(t.db->PathDB() + "ErrLogs").exists());
 }
 
+// Texts and dates that repeat over many rows, more different ones than the
+// reader keeps at hand, read back as each row holds them; the engine's own
+// reading of the same rows is the reference.
+TEST(ApriRecordset, ManyRowsOfRepeatedAndDifferentTextsReadAsTheyAre) {
+  TestDb t;
+  const QString lungo(300, QLatin1Char('z'));
+  t.db->BeginTrans();
+  for (int i = 0; i < 3000; ++i) {
+    Sql s("INSERT INTO Projects (CProject, DProject, TAnag, CAnag, DtIni, Stato, Annot) VALUES (");
+    s += Sql::Param(i + 1) + Sql(", ") + Sql::Param(QString("modello %1").arg(i % 700)) + Sql(", 1, 1, ") +
+         Sql::Param(D(2024, 1, 1 + i % 31, i % 24, 0)) + Sql(", 0, ") +
+         (i % 5 ? Sql::Param(i % 2 ? lungo + QString::number(i) : QString("nota '%1'").arg(i % 3)) : Sql("Null")) +
+         Sql(")");
+    t.db->Execute(s);
+  }
+  t.db->CommitTrans();
+  const Sql testo("SELECT CProject, DProject, DtIni, Annot FROM Projects ORDER BY CProject");
+  const Database::Result atteso = t.db->Select(testo);
+  ASSERT_EQ(atteso.rows.size(), 3000u);
+  RecordsetPtr rs;
+  ApriRecordset(rs, testo, nullptr, dbOpenSnapshot);
+  ASSERT_TRUE(rs);
+  ASSERT_EQ(rs->RecordCount(), 3000);
+  size_t r = 0;
+  for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext(), ++r) {
+    const int i = static_cast<int>(r);
+    ASSERT_EQ(rs->Value("CProject").toInt(), i + 1);
+    EXPECT_EQ(rs->Value("DProject"), QVariant(QString("modello %1").arg(i % 700))) << i;
+    EXPECT_EQ(rs->Value("DtIni").toDateTime(), D(2024, 1, 1 + i % 31, i % 24, 0)) << i;
+    if (i % 5 == 0) EXPECT_FALSE(rs->Value("Annot").isValid()) << i;
+    else EXPECT_EQ(rs->Value("Annot").toString(), i % 2 ? lungo + QString::number(i) : QString("nota '%1'").arg(i % 3)) << i;
+    for (int f = 0; f < 4; ++f) EXPECT_EQ(rs->Value(f), atteso.rows[r][f]) << i << ' ' << f;
+  }
+}
+
+// A query whose fields a recordset can't take (two of one name) fails as
+// the recordset's, not as the engine's: no failed statement is counted.
+TEST(ApriRecordset, FieldsARecordsetCannotTakeAreNotAFailureOfTheEngine) {
+  TestDb t;
+  Models(t);
+  RecordsetPtr rs;
+  const int prima = t.db->Failures();
+  ApriRecordset(rs, "SELECT CProject, CProject FROM Projects", nullptr, dbOpenSnapshot);
+  EXPECT_FALSE(rs);
+  EXPECT_EQ(t.db->Failures(), prima);
+  EXPECT_EQ(t.db->Select(Sql("SELECT CProject, CProject FROM Projects")).fields.size(), 2u);
+}
+
 TEST(ApriRecordset, DynasetWritesToItsTable) {
   TestDb t;
   Models(t);

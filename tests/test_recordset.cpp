@@ -1139,3 +1139,182 @@ TEST(RecordsetSave, BinaryFormAndFailures) {
   EXPECT_RAISES(rs->Save(dir.filePath("missing/dir/x.xml"), adPersistXML), err::PathFileAccess);
   EXPECT_RAISES(rs->Save(dir.filePath("x.xml"), 7), err::BadArguments);
 }
+
+// ------------------------------------------------------------------ columns
+
+// Every value comes back as it went in, in type and in value, whatever the
+// field: a value of the field's own form, Null, and a value of another form
+// stored as it is by a bulk append.
+TEST(RecordsetColumns, ValuesReadBackExactlyInTypeAndValue) {
+  auto rs = Recordset::Create();
+  rs->Append("I", adInteger);
+  rs->Append("B", adBigInt);
+  rs->Append("T", adVarChar, 10);
+  rs->Append("D", adDate);
+  rs->Append("R", adDouble);
+  rs->Append("Y", adBoolean);
+  rs->Append("V", adVariant);
+  rs->Open();
+  const std::vector<Row> righe = {
+      {QVariant(7), QVariant(qlonglong(1) << 40), QVariant(QString("abc")), QVariant(D(2024, 2, 29, 23, 59)),
+       QVariant(0.125), QVariant(true), QVariant(QString("v"))},
+      {QVariant(), QVariant(), QVariant(), QVariant(), QVariant(), QVariant(), QVariant()},
+      // another form in each field: kept aside and given back as it came
+      {QVariant(qlonglong(5)), QVariant(3), QVariant(12), QVariant(QDate(2024, 1, 1)), QVariant(2),
+       QVariant(0), QVariant(1.5)},
+      {QVariant(-2147483647 - 1), QVariant(qlonglong(-1)), QVariant(QString()), QVariant(QDateTime()),
+       QVariant(-0.0), QVariant(false), QVariant()},
+  };
+  rs->AppendRows(std::vector<Row>(righe));
+  int r = 0;
+  for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext(), ++r)
+    for (int f = 0; f < rs->FieldCount(); ++f) {
+      const QVariant v = rs->Value(f);
+      EXPECT_EQ(v.isValid(), righe[r][f].isValid()) << r << ' ' << f;
+      EXPECT_EQ(v.typeId(), righe[r][f].typeId()) << r << ' ' << f;
+      EXPECT_EQ(v, righe[r][f]) << r << ' ' << f;
+    }
+  EXPECT_EQ(r, 4);
+  // An edit over a value of another form takes the field's own form.
+  rs->MoveFirst();
+  rs->MoveNext();
+  rs->MoveNext();
+  rs->SetValue("T", "x");
+  rs->SetValue("I", 9);
+  rs->Update();
+  EXPECT_EQ(rs->Value("T").typeId(), QMetaType::QString);
+  EXPECT_EQ(rs->Value("T").toString(), "x");
+  EXPECT_EQ(rs->Value("I").typeId(), QMetaType::Int);
+  EXPECT_EQ(rs->Value("B"), QVariant(3));  // the other fields keep theirs
+}
+
+namespace {
+
+RecordsetPtr Sorgente(int righe) {
+  auto rs = Recordset::Create();
+  rs->Append("N", adInteger);
+  rs->Append("T", adVarChar, 5);
+  rs->Append("D", adDate);
+  rs->Open();
+  std::vector<Row> v;
+  for (int i = 0; i < righe; ++i)
+    v.push_back({QVariant(i), i % 3 ? QVariant(QString("t%1").arg(i)) : QVariant(), QVariant(D(2024, 1, 1 + i % 28))});
+  rs->AppendRows(std::move(v));
+  return rs;
+}
+
+}  // namespace
+
+// A copy into fields that take every value as it is shares the columns, and
+// a write on either side leaves the other as it was.
+TEST(RecordsetColumns, ACopyThatSharesItsColumnsIsStillACopy) {
+  RecordsetPtr da = Sorgente(10);
+  auto a = Recordset::Create();
+  a->Append("N", adBigInt);  // a whole number widens: each value becomes a 64-bit one
+  a->Append("T", adVarChar, 5);
+  a->Append("D", adDate);
+  a->Append("X", adInteger);  // fed by no field: takes the base value
+  a->Open();
+  int misfits = 0;
+  a->AppendFrom(*da, {0, 1, 2}, {QVariant(), QVariant(), QVariant(), QVariant(4)},
+                [&](int, const QVariant&) { ++misfits; return QVariant(); });
+  EXPECT_EQ(misfits, 0);
+  ASSERT_EQ(a->RecordCount(), 10);
+  a->MoveFirst();
+  EXPECT_EQ(a->Value("N").typeId(), QMetaType::LongLong);
+  EXPECT_EQ(a->Value("N"), QVariant(qlonglong(0)));
+  EXPECT_FALSE(a->Value("T").isValid());
+  EXPECT_EQ(a->Value("X"), QVariant(4));
+  a->MoveNext();
+  EXPECT_EQ(a->Value("T"), QVariant(QString("t1")));
+  a->SetValue("T", "nuovo");
+  a->Update();
+  da->MoveFirst();
+  da->MoveNext();
+  EXPECT_EQ(da->Value("T"), QVariant(QString("t1")));
+  da->SetValue("N", 100);
+  da->Update();
+  EXPECT_EQ(a->Value("N"), QVariant(qlonglong(1)));
+  EXPECT_EQ(a->Value("T"), QVariant(QString("nuovo")));
+  // Rows added to the source later are not the copy's.
+  da->AddNew();
+  da->SetValue("N", 11);
+  da->Update();
+  EXPECT_EQ(da->RecordCount(), 11);
+  EXPECT_EQ(a->RecordCount(), 10);
+}
+
+// A value the field can't take goes to the caller, in the order of rows and,
+// within a row, of the source's fields; the values that fit are kept.
+TEST(RecordsetColumns, AValueThatDoesNotFitGoesToTheCallerInRowOrder) {
+  auto da = Recordset::Create();
+  da->Append("B", adBigInt);
+  da->Append("T", adVarChar, 0);
+  da->Open();
+  const QString lungo255(255, QLatin1Char('x')), lungo256(256, QLatin1Char('y'));
+  da->AppendRows({{QVariant(qlonglong(2147483647)), QVariant(lungo255)},
+                  {QVariant(qlonglong(2147483648LL)), QVariant(lungo256)},
+                  {QVariant(qlonglong(-2147483648LL)), QVariant(QString("ok"))},
+                  {QVariant(qlonglong(-2147483649LL)), QVariant()}});
+  auto a = Recordset::Create();
+  a->Append("B", adInteger);
+  a->Append("T", adVarChar, 255);
+  a->Open();
+  std::vector<std::pair<int, QVariant>> misfits;
+  a->AppendFrom(*da, {0, 1}, {QVariant(), QVariant()}, [&](int campo, const QVariant& v) {
+    misfits.emplace_back(campo, v);
+    return QVariant(QStringLiteral("sostituto"));
+  });
+  ASSERT_EQ(misfits.size(), 3u);
+  EXPECT_EQ(misfits[0], std::make_pair(0, QVariant(qlonglong(2147483648LL))));
+  EXPECT_EQ(misfits[1], std::make_pair(1, QVariant(lungo256)));
+  EXPECT_EQ(misfits[2], std::make_pair(0, QVariant(qlonglong(-2147483649LL))));
+  a->MoveFirst();
+  EXPECT_EQ(a->Value("B"), QVariant(2147483647));
+  EXPECT_EQ(a->Value("B").typeId(), QMetaType::Int);
+  EXPECT_EQ(a->Value("T"), QVariant(lungo255));
+  a->MoveNext();
+  EXPECT_EQ(a->Value("B"), QVariant(QStringLiteral("sostituto")));
+  EXPECT_EQ(a->Value("T"), QVariant(QStringLiteral("sostituto")));
+  a->MoveNext();
+  EXPECT_EQ(a->Value("B"), QVariant(-2147483647 - 1));
+}
+
+// Only the live rows under the source's filter and sort are copied, in that order.
+TEST(RecordsetColumns, ACopyTakesTheSourcesRowsUnderItsFilterInItsOrder) {
+  RecordsetPtr da = Sorgente(10);
+  da->SetFilter("N > 2 AND N < 8");
+  da->SetSort("N DESC");
+  da->MoveFirst();
+  da->Delete();  // 7
+  auto a = Recordset::Create();
+  a->Append("N", adInteger);
+  a->Append("T", adVarChar, 5);
+  a->Append("D", adDate);
+  a->Open();
+  a->AppendFrom(*da, {0, 1, 2}, {QVariant(), QVariant(), QVariant()}, [](int, const QVariant&) { return QVariant(); });
+  std::vector<int> n;
+  for (a->MoveFirst(); !a->Eof(); a->MoveNext()) n.push_back(a->Value("N").toInt());
+  EXPECT_EQ(n, (std::vector<int>{6, 5, 4, 3}));
+}
+
+TEST(RecordsetColumns, ABookmarkReadsItsRowWithoutMovingAndNullOnceDeleted) {
+  RecordsetPtr rs = Sorgente(5);
+  rs->SetSort("N DESC");
+  rs->MoveFirst();
+  const int primo = rs->Bookmark();
+  rs->MoveNext();
+  const int secondo = rs->Bookmark();
+  EXPECT_EQ(rs->ValueAt(primo, 0), QVariant(4));
+  EXPECT_EQ(rs->ValueAt(primo, 1), QVariant(QString("t4")));
+  EXPECT_EQ(rs->ValueAt(secondo, 0), QVariant(3));
+  EXPECT_EQ(rs->Value("N"), QVariant(3));  // the cursor stayed
+  rs->Delete();
+  EXPECT_FALSE(rs->ValueAt(secondo, 0).isValid());
+  EXPECT_RAISES(rs->ValueAt(5, 0), err::BadArguments);
+  EXPECT_RAISES(rs->ValueAt(-1, 0), err::BadArguments);
+  EXPECT_RAISES(rs->ValueAt(0, 3), err::BadArguments);
+  rs->MoveLast();
+  rs->MoveNext();
+  EXPECT_RAISES(rs->Bookmark(), err::NoCurrentRecord);
+}
