@@ -333,6 +333,64 @@ TEST(frmDisp, ExternalWorkList) {
   EXPECT_EQ(l->Text(1, 7), "3,40");  // no delivery: the order's amount
 }
 
+namespace {
+
+// Every row of a list: its key, then the text of each column.
+QStringList Righe(ListView* l) {
+  QStringList righe;
+  for (int r = 0; r < l->Count(); ++r) {
+    QStringList testi{l->Key(r)};
+    for (int c = 1; c < l->ColumnCount(); ++c) testi << l->Text(r, c);
+    righe << testi.join('|');
+  }
+  return righe;
+}
+
+// Order lines of disposition 1 under every kind of causal: one with a
+// symbol, one billed elsewhere, one without a symbol, one that doesn't exist
+// and none at all; some causals on more lines than one.
+void LavoriConCausali(TestDb& t) {
+  Lavori(t);
+  t.Exec("INSERT INTO TabGen (CTipTabGen, CTabGen, DTabGen, Sigla, Bool8) VALUES (1, 3, 'Senza sigla', NULL, -1)");
+  t.Exec("INSERT INTO DocForn (TipoDoc, NDoc, Data, Riferimento, TAnag, CAnag) VALUES "
+         "(12, 202500101, '2025-01-09 00:00:00', 'Ord 2', 2, 1)");
+  t.Exec("INSERT INTO DocFornDett (TipoDoc, NDoc, Scheda, Riga, Qta, QtaArr, Annullato, PzVend, CCaus) VALUES "
+         "(12, 202500101, 0, 1, 2, 0, 0, 1.25, 2), (12, 202500101, 0, 2, 6, 1, 2, 7, 3), "
+         "(12, 202500101, 0, 3, 1, 0, 0, 4, 7), (12, 202500101, 0, 4, 8, 8, 0, 0.5, NULL), "
+         "(12, 202500101, 0, 5, 1.5, 0, 0, 2, 1), (12, 202500101, 0, 6, 4, 0, 0, 3, 2)");
+  t.Exec("INSERT INTO ProjectsDocDett (TipoDoc, NDoc, Scheda, Riga, RigaD, CProject, CDisp, Qta, Importo) VALUES "
+         "(12, 202500101, 0, 1, 3, 202500001, 1, 2, 1.25), (12, 202500101, 0, 2, 4, 202500001, 1, 6, 7), "
+         "(12, 202500101, 0, 3, 5, 202500001, 1, 1, 4), (12, 202500101, 0, 4, 6, 202500001, 1, 8, 0.5), "
+         "(12, 202500101, 0, 5, 7, 202500001, 1, 1.5, 2), (12, 202500101, 0, 6, 8, 202500001, 1, 4, 3), "
+         "(12, 202500101, 0, 6, 9, 202500001, 2, 4, 3)");
+}
+
+}  // namespace
+
+TEST(frmDisp, ExternalWorkListNamesEachLinesCausal) {
+  TestDb t;
+  Base(t);
+  LavoriConCausali(t);
+  Card c(1, 1);
+  c.f.SSTab1->setCurrentIndex(2);
+  // A causal without a symbol, or none to be found, leaves the column blank.
+  EXPECT_EQ(Righe(c.f.lvwEsecExt),
+            QStringList({"K01220250010100010003|2025-00101|09/01/2025|Zincatura Lombarda|2|2|1,25|1,25|OM",
+                         "K01220250010100020004|2025-00101|09/01/2025|Zincatura Lombarda|4|3|7,00|7,00| ",
+                         "K01220250010100030005|2025-00101|09/01/2025|Zincatura Lombarda|1|1|4,00|4,00| ",
+                         "K01220250010100040006|2025-00101|09/01/2025|Zincatura Lombarda|8|0|0,50|0,50| ",
+                         "K01220250010100050007|2025-00101|09/01/2025|Zincatura Lombarda|1,5|1,5|2,00|2,00|CL",
+                         "K01220250010100060008|2025-00101|09/01/2025|Zincatura Lombarda|4|4|3,00|3,00|OM",
+                         "K01220250010000010001|2025-00100|15/01/2025|Zincatura Lombarda|3|-1|9,50|11,00|CL",
+                         "K01220250010000020002|2025-00100|15/01/2025|Zincatura Lombarda|10|10|3,40|3,40|CL"}));
+  EXPECT_TRUE(t.LogLines("frmDisp", "CaricaListEsecExt").isEmpty());
+  // Eight lines under five causals (no causal reads as 0): each causal is read once.
+  const int prima = t.db->StatementCount();
+  c.f.CaricaListEsecExt();
+  EXPECT_EQ(t.db->StatementCount() - prima, 5);
+  EXPECT_EQ(c.f.lvwEsecExt->Count(), 8);
+}
+
 TEST(frmDisp, OnlyPrestHidesTheAmounts) {
   TestDb t;
   Base(t);

@@ -353,6 +353,55 @@ TEST(frmModelli, DispositionListShowsTypeStateAndQuantity) {
   EXPECT_TRUE(e.f.Bottone(8)->isEnabled());
 }
 
+namespace {
+
+// Every row of a list: its key, its icon, then the text of each column.
+QStringList Righe(ListView* l) {
+  QStringList righe;
+  for (int r = 0; r < l->Count(); ++r) {
+    QStringList testi{l->Key(r), QString::number(l->Icon(r))};
+    for (int c = 1; c < l->ColumnCount(); ++c) testi << l->Text(r, c);
+    righe << testi.join('|');
+  }
+  return righe;
+}
+
+}  // namespace
+
+// Types shared by several dispositions, a type without a description, one
+// with an empty one, one that doesn't exist, and a disposition with no type,
+// which reads as type 0.
+TEST(frmModelli, DispositionListNamesEachDispositionsType) {
+  TestDb t;
+  Base(t);
+  t.Exec("INSERT INTO ProjectsDispTipo (CPrjDispTipo, DPrjDispTipo, TipoFatt) VALUES (0, 'Generica', 1), "
+         "(3, NULL, 1), (4, '', 1)");
+  t.Exec("INSERT INTO ProjectsDisp (CProject, CDisp, CPrjDispTipo, DDisp, Data, Qta, CStato) VALUES "
+         "(202500001, 1, 2, 'Stampi', '2025-01-11 00:00:00', 3, 0), "
+         "(202500001, 2, 1, 'Ore', '2025-01-12 00:00:00', 1, 9), "
+         "(202500001, 3, 2, 'Altri stampi', '2025-01-13 00:00:00', 2, 0), "
+         "(202500001, 4, 3, 'Senza nome', '2025-01-14 00:00:00', 1, 19), "
+         "(202500001, 5, 4, 'Nome vuoto', '2025-01-15 00:00:00', 1, 0), "
+         "(202500001, 6, 8, 'Ignota', '2025-01-16 00:00:00', 1, 0), "
+         "(202500001, 7, NULL, 'Nessuno', '2025-01-17 00:00:00', 1, 0), "
+         "(202500001, 8, 1, 'Ancora ore', '2025-01-18 00:00:00', 1234, 10)");
+  Esistente e(202500001);
+  EXPECT_EQ(Righe(e.f.ListView1), QStringList({"K0001|10|0001|11/01/2025|A pezzo [Stampi]|3",
+                                               "K0002|11|0002|12/01/2025|Oraria [Ore]|1",
+                                               "K0003|10|0003|13/01/2025|A pezzo [Altri stampi]|2",
+                                               "K0004|12|0004|14/01/2025| [Senza nome]|1",
+                                               "K0005|10|0005|15/01/2025| [Nome vuoto]|1",
+                                               "K0006|10|0006|16/01/2025|Ignota|1",
+                                               "K0007|10|0007|17/01/2025|Generica [Nessuno]|1",
+                                               "K0008|11|0008|18/01/2025|Oraria [Ancora ore]|1.234"}));
+  EXPECT_TRUE(t.LogLines("frmModelli", "CaricaList").isEmpty());
+  // Eight dispositions of six types (no type reads as 0): each type is read once.
+  const int prima = t.db->StatementCount();
+  e.f.CaricaList();
+  EXPECT_EQ(t.db->StatementCount() - prima, 6);
+  EXPECT_EQ(e.f.ListView1->Count(), 8);
+}
+
 TEST(frmModelli, RegistrationTimesAreNotCarriedIntoHours) {
   TestDb t;
   Base(t);

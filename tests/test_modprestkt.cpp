@@ -328,3 +328,247 @@ TEST(CaricaForniture, OnlyBillableDeliveriesCount) {
   // The filter of the lines it walked is undisturbed.
   EXPECT_EQ(lav->Filter(), "0");
 }
+
+namespace {
+
+// A recordset written out whole: each field with its type and size, then each
+// row in the recordset's order, each value with the kind of value it holds.
+QString Tabella(const RecordsetPtr& rs) {
+  QStringList righe;
+  QStringList campi;
+  for (const FieldDef& f : rs->FieldDefs())
+    campi << QStringLiteral("%1:%2:%3").arg(f.Name).arg(f.Type).arg(f.DefinedSize);
+  righe << campi.join(QLatin1Char(' '));
+  auto c = rs->Clone();
+  for (c->MoveFirst(); !c->Eof(); c->MoveNext()) {
+    QStringList valori;
+    for (int i = 0; i < c->FieldCount(); ++i) {
+      const QVariant v = c->Value(i);
+      if (IsNull(v)) valori << QStringLiteral("Null");
+      else if (v.typeId() == QMetaType::Double) valori << QStringLiteral("d") + QString::number(v.toDouble(), 'g', 17);
+      else if (v.typeId() == QMetaType::QDateTime) valori << QStringLiteral("t") + v.toDateTime().toString(Qt::ISODate);
+      else valori << QString::fromLatin1(v.typeName()).left(1) + v.toString();
+    }
+    righe << valori.join(QLatin1Char('|'));
+  }
+  return righe.join(QLatin1Char('\n'));
+}
+
+// Supplier orders linked to the dispositions of model 202500001, in an order
+// of their own, with every case the lists meet: several lines of one
+// disposition, a link to a line that doesn't exist, two links to one line, a
+// line of an order whose supplier is missing, deliveries at two prices, of
+// quantity 0, under a causal that isn't billed and under a causal that
+// doesn't exist, and links of another disposition and of another model.
+void Ordini(TestDb& t) {
+  t.Exec("INSERT INTO Anagrafica (TAnag, CAnag, RagSoc1, CostoH, Eliminato) VALUES "
+         "(2, 1, 'Zincatura Lombarda', 0, 0), (2, 2, 'Verniciatura Sud', 0, 0)");
+  t.Exec("INSERT INTO TabGen (CTipTabGen, CTabGen, DTabGen, Sigla, Bool8) VALUES "
+         "(1, 1, 'C/Lavorazione', 'CL', -1), (1, 2, 'Omaggio', 'OM', 0), (1, 3, 'Reso', 'RS', -1)");
+  t.Exec("INSERT INTO DocForn (TipoDoc, NDoc, Data, DataCons, Riferimento, TAnag, CAnag) VALUES "
+         "(12, 100, '2025-01-15 00:00:00', '2025-02-01 00:00:00', 'Ord. 100', 2, 1), "
+         "(12, 101, '2025-01-10 00:00:00', NULL, 'Ord. 101', 2, 2), "
+         "(12, 102, '2025-01-12 00:00:00', NULL, 'Ord. 102', 2, 9), "
+         "(15, 200, '2025-01-20 00:00:00', NULL, 'DDT 7', 2, 1), (15, 201, '2025-01-25 00:00:00', NULL, 'DDT 9', 2, 1), "
+         "(15, 202, '2025-01-26 00:00:00', NULL, 'DDT 10', 2, 1), (15, 203, '2025-01-27 00:00:00', NULL, 'DDT 3', 2, 2), "
+         "(15, 204, '2025-01-28 00:00:00', NULL, 'DDT 4', 2, 2)");
+  t.Exec("INSERT INTO DocFornDett (TipoDoc, NDoc, Scheda, Riga, Qta, QtaArr, Annullato, PzVend, CCaus) VALUES "
+         "(12, 100, 0, 1, 4, 4, 0, 9.5, 1), (12, 100, 0, 2, 10, 0, 0, 3.4, 1), (12, 100, 0, 3, 5, 0, 0, 2, 2), "
+         "(12, 101, 0, 1, 3, 2, 1, 1.1, 1), (12, 101, 0, 2, 7, 2, 0, 5, 3), (12, 102, 0, 1, 6, 0, 0, 8, 1)");
+  // 100/1: 3 at 10.00 and 1 at 14.00 (not billed); 100/3: only quantity 0;
+  // 101/1: 2 at 1.002 and 1 at 1.014; 101/2: 0 at 5 and 2 at 4.50 under no causal.
+  t.Exec("INSERT INTO DocFornDett (TipoDoc, NDoc, Scheda, Riga, Qta, PzVend, CCaus, TipoDocRif, NDocRif, RigaRif) VALUES "
+         "(15, 200, 0, 1, 3, 10, 1, 12, 100, 1), (15, 201, 0, 1, 1, 14, 2, 12, 100, 1), "
+         "(15, 202, 0, 1, 0, 50, 1, 12, 100, 3), (15, 203, 0, 1, 2, 1.002, 3, 12, 101, 1), "
+         "(15, 203, 0, 2, 1, 1.014, 1, 12, 101, 1), (15, 204, 0, 1, 0, 5, 1, 12, 101, 2), "
+         "(15, 204, 0, 2, 2, 4.5, 9, 12, 101, 2)");
+  // Entered late under an earlier number: 2 more at 11.00 for 100/1.
+  t.Exec("INSERT INTO DocForn (TipoDoc, NDoc, Data, Riferimento, TAnag, CAnag) VALUES "
+         "(15, 150, '2025-01-18 00:00:00', 'DDT 2', 2, 1)");
+  t.Exec("INSERT INTO DocFornDett (TipoDoc, NDoc, Scheda, Riga, Qta, PzVend, CCaus, TipoDocRif, NDocRif, RigaRif) VALUES "
+         "(15, 150, 0, 1, 2, 11, 3, 12, 100, 1)");
+  t.Exec("INSERT INTO ProjectsDocDett (TipoDoc, NDoc, Scheda, Riga, RigaD, CProject, CDisp, Qta, Importo) VALUES "
+         "(12, 101, 0, 1, 1, 202500001, 1, 3, 1.1), (12, 100, 0, 2, 2, 202500001, 1, 10, 3.4), "
+         "(12, 100, 0, 1, 3, 202500001, 1, 4, 9.5), (12, 100, 0, 9, 4, 202500001, 1, 1, 1), "
+         "(12, 101, 0, 1, 5, 202500001, 1, 3, 1.1), (12, 100, 0, 3, 6, 202500001, 2, 5, 2), "
+         "(12, 102, 0, 1, 7, 202500001, 1, 6, 8), (12, 101, 0, 2, 8, 202500001, 2, 7, 5), "
+         "(12, 100, 0, 1, 9, 202500001, 2, 4, 9.5), (5, 100, 0, 1, 10, 202500001, 1, 1, 1), "
+         "(12, 100, 0, 2, 11, 202500002, 1, 10, 3.4)");
+}
+
+// The fields of the two lists, each with its type and size.
+const char* const kCampiLavEsterne =
+    "CDisp:20:8 RigaD:20:8 TipoDoc:3:4 NDoc:20:8 DataDoc:7:8 RagSoc1:200:100 DataCons:7:8 Riga:3:4 Qta:5:8 "
+    "QtaArr:5:8 Annullato:5:8 Importo:5:8 ImpEff:5:8 CCaus:3:4";
+const char* const kCampiForniture =
+    "CDisp:20:8 TipoDoc:3:4 NDoc:20:8 Riga:3:4 DataDoc:7:8 Riferimento:200:100 RagSoc1:200:100 TipoDocRif:3:4 "
+    "NDocRif:20:8 RigaRif:3:4 Qta:5:8 Importo:5:8 Sigla:200:10 Bool8:11:2";
+
+}  // namespace
+
+// One row of each link, in the links' order, the link's disposition and line
+// first: a second link to a line gives it again, and links to a line that
+// doesn't exist or whose supplier is missing give nothing.
+TEST(CaricaLavEsterne, RowsFollowTheLinksWithEveryField) {
+  TestDb t;
+  Ordini(t);
+  RecordsetPtr rs;
+  CaricaLavEsterne(rs, 202500001, 0);
+  ASSERT_TRUE(rs);
+  EXPECT_EQ(rs->Filter(), "0");
+  EXPECT_EQ(Tabella(rs),
+            QStringList({kCampiLavEsterne,
+                         "q1|q1|i12|q101|t2025-01-10T00:00:00|QVerniciatura Sud|Null|i1|d3|d2|d1|d1.1000000000000001|d1|i1",
+                         "q1|q2|i12|q100|t2025-01-15T00:00:00|QZincatura Lombarda|t2025-02-01T00:00:00|i2|d10|d0|d0|"
+                         "d3.3999999999999999|d3.3999999999999999|i1",
+                         "q1|q3|i12|q100|t2025-01-15T00:00:00|QZincatura Lombarda|t2025-02-01T00:00:00|i1|d4|d4|d0|d9.5|"
+                         "d11|i1",
+                         "q1|q5|i12|q101|t2025-01-10T00:00:00|QVerniciatura Sud|Null|i1|d3|d2|d1|d1.1000000000000001|d1|i1",
+                         "q2|q6|i12|q100|t2025-01-15T00:00:00|QZincatura Lombarda|t2025-02-01T00:00:00|i3|d5|d0|d0|d2|d2|"
+                         "i2",
+                         "q2|q8|i12|q101|t2025-01-10T00:00:00|QVerniciatura Sud|Null|i2|d7|d2|d0|d5|d4.5|i3",
+                         "q2|q9|i12|q100|t2025-01-15T00:00:00|QZincatura Lombarda|t2025-02-01T00:00:00|i1|d4|d4|d0|d9.5|"
+                         "d11|i1"})
+                .join('\n'));
+  // One disposition: its links alone.
+  RecordsetPtr seconda;
+  CaricaLavEsterne(seconda, 202500001, 2);
+  ASSERT_TRUE(seconda);
+  EXPECT_EQ(Tabella(seconda),
+            QStringList({kCampiLavEsterne,
+                         "q2|q6|i12|q100|t2025-01-15T00:00:00|QZincatura Lombarda|t2025-02-01T00:00:00|i3|d5|d0|d0|d2|d2|"
+                         "i2",
+                         "q2|q8|i12|q101|t2025-01-10T00:00:00|QVerniciatura Sud|Null|i2|d7|d2|d0|d5|d4.5|i3",
+                         "q2|q9|i12|q100|t2025-01-15T00:00:00|QZincatura Lombarda|t2025-02-01T00:00:00|i1|d4|d4|d0|d9.5|"
+                         "d11|i1"})
+                .join('\n'));
+  // No link: the same fields, no row.
+  RecordsetPtr nessuna;
+  CaricaLavEsterne(nessuna, 202500003, 0);
+  ASSERT_TRUE(nessuna);
+  EXPECT_EQ(Tabella(nessuna), kCampiLavEsterne);
+  EXPECT_TRUE(t.LogLines("Procedure", "DAO2ADO").isEmpty());
+}
+
+// Each delivery line counts rounded to the cent before the mean: 2 at 1.002
+// and 1 at 1.014 make (2.00 + 1.01) / 3 = 1.00, where the exact mean would
+// round to 1.01. A delivery of quantity 0 adds nothing, one under any causal
+// counts, and a line with nothing delivered keeps the order's amount.
+TEST(CaricaLavEsterne, EffectiveCostRoundsEachDeliveryFirst) {
+  TestDb t;
+  Ordini(t);
+  RecordsetPtr rs;
+  CaricaLavEsterne(rs, 202500001, 0);
+  ASSERT_TRUE(rs);
+  QStringList costi;
+  for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext())
+    costi << QStringLiteral("%1/%2=%3")
+                 .arg(rs->Value("NDoc").toInt())
+                 .arg(rs->Value("Riga").toInt())
+                 .arg(rs->Value("ImpEff").toDouble());
+  EXPECT_EQ(costi.join(' '), "101/1=1 100/2=3.4 100/1=11 101/1=1 100/3=2 101/2=4.5 100/1=11");
+}
+
+// For each order line of the list, in its order, its billable deliveries as
+// the engine gives them, with the line's disposition first: a line listed
+// twice gives them twice.
+TEST(CaricaForniture, DeliveriesFollowTheOrderLinesWithEveryField) {
+  TestDb t;
+  Ordini(t);
+  RecordsetPtr lav, forn;
+  CaricaLavEsterne(lav, 202500001, 0);
+  CaricaForniture(forn, lav);
+  ASSERT_TRUE(forn);
+  const QString d203 = "i15|q203|i1|t2025-01-27T00:00:00|QDDT 3|QVerniciatura Sud|i12|q101|i1|d2|d1.002|QRS|btrue";
+  const QString d203b = "i15|q203|i2|t2025-01-27T00:00:00|QDDT 3|QVerniciatura Sud|i12|q101|i1|d1|d1.014|QCL|btrue";
+  const QString d200 = "i15|q200|i1|t2025-01-20T00:00:00|QDDT 7|QZincatura Lombarda|i12|q100|i1|d3|d10|QCL|btrue";
+  const QString d150 = "i15|q150|i1|t2025-01-18T00:00:00|QDDT 2|QZincatura Lombarda|i12|q100|i1|d2|d11|QRS|btrue";
+  const QString d202 = "i15|q202|i1|t2025-01-26T00:00:00|QDDT 10|QZincatura Lombarda|i12|q100|i3|d0|d50|QCL|btrue";
+  const QString d204 = "i15|q204|i1|t2025-01-28T00:00:00|QDDT 4|QVerniciatura Sud|i12|q101|i2|d0|d5|QCL|btrue";
+  EXPECT_EQ(Tabella(forn), QStringList({kCampiForniture, "q1|" + d203, "q1|" + d203b, "q1|" + d200, "q1|" + d150,
+                                        "q1|" + d203, "q1|" + d203b, "q2|" + d202, "q2|" + d204, "q2|" + d200,
+                                        "q2|" + d150})
+                               .join('\n'));
+  EXPECT_EQ(lav->Filter(), "0");
+  RecordsetPtr seconda, fornSeconda;
+  CaricaLavEsterne(seconda, 202500001, 2);
+  CaricaForniture(fornSeconda, seconda);
+  ASSERT_TRUE(fornSeconda);
+  EXPECT_EQ(Tabella(fornSeconda),
+            QStringList({kCampiForniture, "q2|" + d202, "q2|" + d204, "q2|" + d200, "q2|" + d150}).join('\n'));
+  // A line with no billable delivery, and no lines at all: the fields alone.
+  RecordsetPtr senza, fornSenza;
+  CaricaLavEsterne(senza, 202500002, 0);  // 100/2 alone, never delivered
+  ASSERT_EQ(senza->RecordCount(), 1);
+  CaricaForniture(fornSenza, senza);
+  ASSERT_TRUE(fornSenza);
+  EXPECT_EQ(Tabella(fornSenza), kCampiForniture);
+  RecordsetPtr nessuna, fornNessuna;
+  CaricaLavEsterne(nessuna, 202500003, 0);
+  CaricaForniture(fornNessuna, nessuna);
+  ASSERT_TRUE(fornNessuna);
+  EXPECT_EQ(Tabella(fornNessuna), kCampiForniture);
+  EXPECT_TRUE(t.LogLines("Procedure", "DAO2ADO").isEmpty());
+}
+
+// However many links and lines, the links, the lines of their orders and the
+// deliveries of those lines are three readings; the deliveries of the lines
+// one more.
+TEST(CaricaLavEsterne, ReadsLinksLinesAndDeliveriesOnceEach) {
+  TestDb t;
+  Ordini(t);
+  RecordsetPtr lav, forn;
+  int prima = t.db->StatementCount();
+  CaricaLavEsterne(lav, 202500001, 0);
+  EXPECT_EQ(t.db->StatementCount() - prima, 3);
+  ASSERT_EQ(lav->RecordCount(), 7);
+  prima = t.db->StatementCount();
+  CaricaForniture(forn, lav);
+  EXPECT_EQ(t.db->StatementCount() - prima, 1);
+  EXPECT_EQ(forn->RecordCount(), 10);
+  // No link: the links and the empty structure; no line: the empty structure alone.
+  RecordsetPtr nessuna, fornNessuna;
+  prima = t.db->StatementCount();
+  CaricaLavEsterne(nessuna, 202500003, 0);
+  EXPECT_EQ(t.db->StatementCount() - prima, 2);
+  prima = t.db->StatementCount();
+  CaricaForniture(fornNessuna, nessuna);
+  EXPECT_EQ(t.db->StatementCount() - prima, 1);
+}
+
+// The fields don't hang on the first link: one whose line is gone, or one
+// with no disposition, leaves CDisp and RigaD the numbers they always are, on
+// either engine, and the deliveries still find their lines.
+TEST(CaricaLavEsterne, FirstLinkWithoutALineOrADispositionKeepsTheFields) {
+  TestDb t;
+  Ordini(t);
+  t.Exec("DELETE FROM ProjectsDocDett");
+  t.Exec("INSERT INTO ProjectsDocDett (TipoDoc, NDoc, Scheda, Riga, RigaD, CProject, CDisp, Qta, Importo) VALUES "
+         "(12, 100, 0, 9, 4, 202500001, 1, 1, 1), (12, 100, 0, 2, 2, 202500001, NULL, 10, 3.4), "
+         "(12, 101, 0, 1, 1, 202500001, 1, 3, 1.1)");
+  RecordsetPtr lav, forn;
+  CaricaLavEsterne(lav, 202500001, 0);
+  ASSERT_TRUE(lav);
+  EXPECT_EQ(Tabella(lav),
+            QStringList({kCampiLavEsterne,
+                         "Null|q2|i12|q100|t2025-01-15T00:00:00|QZincatura Lombarda|t2025-02-01T00:00:00|i2|d10|d0|d0|"
+                         "d3.3999999999999999|d3.3999999999999999|i1",
+                         "q1|q1|i12|q101|t2025-01-10T00:00:00|QVerniciatura Sud|Null|i1|d3|d2|d1|d1.1000000000000001|d1|i1"})
+                .join('\n'));
+  CaricaForniture(forn, lav);
+  ASSERT_TRUE(forn);
+  EXPECT_EQ(Tabella(forn),
+            QStringList({kCampiForniture,
+                         "q1|i15|q203|i1|t2025-01-27T00:00:00|QDDT 3|QVerniciatura Sud|i12|q101|i1|d2|d1.002|QRS|btrue",
+                         "q1|i15|q203|i2|t2025-01-27T00:00:00|QDDT 3|QVerniciatura Sud|i12|q101|i1|d1|d1.014|QCL|btrue"})
+                .join('\n'));
+  // The line without a disposition first.
+  t.Exec("DELETE FROM ProjectsDocDett WHERE RigaD=4");
+  CaricaLavEsterne(lav, 202500001, 0);
+  ASSERT_TRUE(lav);
+  EXPECT_EQ(lav->FieldInfo(0).Name, "CDisp");
+  EXPECT_EQ(lav->FieldInfo(0).Type, adBigInt);
+  lav->MoveFirst();
+  EXPECT_TRUE(IsNull(lav->Value("CDisp")));
+  EXPECT_TRUE(t.LogLines("Procedure", "DAO2ADO").isEmpty());
+}

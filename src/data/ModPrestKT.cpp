@@ -337,7 +337,8 @@ RecordsetPtr RighePerGuida(Recordset& guida, Recordset& lette, const QString& nD
   }
   std::vector<std::pair<int, int>> copiati;  // field of lette, field of guida
   for (const QString& nome : daGuida) copiati.emplace_back(lette.FieldIndex(nome), guida.FieldIndex(nome));
-  const int nDocGuida = guida.FieldIndex(QStringLiteral("NDoc")), rigaGuida = guida.FieldIndex(QStringLiteral("Riga"));
+  const int nDocGuida = guida.FieldIndex(QStringLiteral("NDoc"));
+  const int rigaGuida = guida.FieldIndex(QStringLiteral("Riga"));
   std::vector<Row> righe;
   for (guida.MoveFirst(); !guida.Eof(); guida.MoveNext()) {
     const auto chiave = RigaDi(guida, nDocGuida, rigaGuida);
@@ -370,7 +371,8 @@ void CostoEffettivo(Recordset& rs) {
                 nullptr, dbOpenSnapshot);
   // Quantity and price of each delivery, by the line it answers, in the order read.
   QHash<RigaOrdine, std::vector<std::pair<double, double>>> perRiga;
-  const int nDocRif = cons->FieldIndex(QStringLiteral("NDocRif")), rigaRif = cons->FieldIndex(QStringLiteral("RigaRif"));
+  const int nDocRif = cons->FieldIndex(QStringLiteral("NDocRif"));
+  const int rigaRif = cons->FieldIndex(QStringLiteral("RigaRif"));
   for (; !cons->Eof(); cons->MoveNext()) {
     const auto chiave = RigaDi(*cons, nDocRif, rigaRif);
     if (!chiave) continue;
@@ -397,7 +399,8 @@ void CostoEffettivo(Recordset& rs) {
 
 void CaricaLavEsterne(RecordsetPtr& rs, int cProject, int cDisp) {
   Guard g(kModulo, QStringLiteral("CaricaLavEsterne"), Guard::Silent);
-  // The link's CDisp and RigaD lead the fields; the lines give them no value of their own.
+  // CDisp and RigaD lead the fields: each row takes them from its link, the 0s
+  // only give them their place and type.
   const QString corpo = QStringLiteral(
       "SELECT 0 AS CDisp, 0 AS RigaD, "
       "[Doc:Forniture].TipoDoc, [Doc:Forniture].NDoc, [Doc:Forniture].DataDoc, Anagrafica.RagSoc1, "
@@ -431,7 +434,8 @@ void CaricaLavEsterne(RecordsetPtr& rs, int cProject, int cDisp) {
   } else {
     RecordsetPtr vuoto;
     g([&] {
-      ApriRecordset(vuoto, corpo + QStringLiteral("(([Doc:Forniture].NDoc)=-1000) AND (([Doc:FornitureDett].Riga)=0)); "),
+      ApriRecordset(vuoto,
+                    corpo + QStringLiteral("(([Doc:Forniture].NDoc)=-1000) AND (([Doc:FornitureDett].Riga)=0)); "),
                     nullptr, dbOpenSnapshot);
     });
     g([&] { DAO2ADO(vuoto, rs); });
@@ -465,7 +469,8 @@ void CaricaForniture(RecordsetPtr& rs, const RecordsetPtr& rsLavExt) {
   g([&] { elenco = ElencoOrdini(*ordini); });
   bool righe = false;
   if (!elenco.isEmpty()) {
-    // The deliveries of every listed order in one reading; each line then takes its own.
+    // The deliveries of every listed order in one reading; each line then takes
+    // its own, with its CDisp in place of the 0.
     RecordsetPtr lette, consegne;
     g([&] {
       ApriRecordset(lette,
@@ -474,7 +479,10 @@ void CaricaForniture(RecordsetPtr& rs, const RecordsetPtr& rsLavExt) {
                                                    elenco + QStringLiteral(") AND ")),
                     nullptr, dbOpenSnapshot);
     });
-    g([&] { consegne = RighePerGuida(*ordini, *lette, QStringLiteral("NDocRif"), QStringLiteral("RigaRif"), {QStringLiteral("CDisp")}); });
+    g([&] {
+      consegne = RighePerGuida(*ordini, *lette, QStringLiteral("NDocRif"), QStringLiteral("RigaRif"),
+                               {QStringLiteral("CDisp")});
+    });
     g([&] {
       if (consegne->RecordCount() > 0) {
         DAO2ADO(consegne, rs);
@@ -487,8 +495,9 @@ void CaricaForniture(RecordsetPtr& rs, const RecordsetPtr& rsLavExt) {
     g([&] {
       ApriRecordset(vuoto,
                     testo(QStringLiteral("1"),
-                          QStringLiteral("(([Doc:FornitureDett].TipoDocRif)=0) AND (([Doc:FornitureDett].NDocRif)=-1000) "
-                                         "AND (([Doc:FornitureDett].RigaRif)=0) AND ")),
+                          QStringLiteral("(([Doc:FornitureDett].TipoDocRif)=0) AND "
+                                         "(([Doc:FornitureDett].NDocRif)=-1000) AND "
+                                         "(([Doc:FornitureDett].RigaRif)=0) AND ")),
                     nullptr, dbOpenSnapshot);
     });
     g([&] { DAO2ADO(vuoto, rs); });

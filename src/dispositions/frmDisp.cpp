@@ -768,6 +768,9 @@ void frmDisp::CaricaListEsecExt() {
   });
   RecordsetPtr rs;
   g([&] { rs = gRcsLavExt->Clone(); });
+  // Each causal is read once for the list.
+  Ricerca causali(QStringLiteral("SELECT CTabGen, Sigla FROM TabGen WHERE CTipTabGen=1 AND CTabGen="),
+                  QStringLiteral("Sigla"));
   g([&] {
     if (!rs) return;
     rs->SetFilter(QStringLiteral("CDisp=") + N(CDisp));
@@ -777,12 +780,8 @@ void frmDisp::CaricaListEsecExt() {
       const double annullato = CDbl(NullToZero(rs->Value(QStringLiteral("Annullato"))));
       const double arrivato = CDbl(NullToZero(rs->Value(QStringLiteral("QtaArr"))));
       QString causale;
-      RecordsetPtr c;
-      ApriRecordset(c,
-                    QStringLiteral("SELECT CTabGen, Sigla FROM TabGen WHERE CTipTabGen=1 AND CTabGen=") +
-                        CStr(NullToZero(rs->Value(QStringLiteral("CCaus")))) + QStringLiteral(" "),
-                    nullptr, dbOpenSnapshot);
-      if (!c->Eof()) causale = NullToStr(c->Value(QStringLiteral("Sigla")));
+      if (const auto sigla = causali.Valore(NullToZero(rs->Value(QStringLiteral("CCaus")))))
+        causale = NullToStr(*sigla);
       QStringList riga{QString(), Format(rs->Value(QStringLiteral("NDoc")), QStringLiteral("0000-00000")),
                        Format(rs->Value(QStringLiteral("DataDoc")), QStringLiteral("dd/mm/yyyy")),
                        NullToStr(rs->Value(QStringLiteral("RagSoc1"))), CStr(Round(qta - annullato, 5)),

@@ -694,19 +694,17 @@ void frmModelli::CaricaList() {
   });
   RecordsetPtr rs;
   g([&] { rs = gRcsDisp->Clone(); });
+  // Each type is read once for the list.
+  Ricerca tipi(QStringLiteral("SELECT CPrjDispTipo, DPrjDispTipo, Sigla FROM ProjectsDispTipo WHERE CPrjDispTipo="),
+               QStringLiteral("DPrjDispTipo"));
   g([&] {
     int icona = -1;
     for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
       icona = IconaStato(rs->Value(QStringLiteral("CStato")), icona);
       const QString dDisp = NullToStr(rs->Value(QStringLiteral("DDisp")));
       QString tipo = dDisp;
-      RecordsetPtr t;
-      ApriRecordset(t,
-                    QStringLiteral("SELECT CPrjDispTipo, DPrjDispTipo, Sigla FROM ProjectsDispTipo WHERE CPrjDispTipo=") +
-                        CStr(NullToZero(rs->Value(QStringLiteral("CPrjDispTipo")))) + QStringLiteral(" "),
-                    nullptr, dbOpenSnapshot);
-      if (!t->Eof())
-        tipo = NullToStr(t->Value(QStringLiteral("DPrjDispTipo"))) + QStringLiteral(" [") + dDisp + QStringLiteral("]");
+      if (const auto descrizione = tipi.Valore(NullToZero(rs->Value(QStringLiteral("CPrjDispTipo")))))
+        tipo = NullToStr(*descrizione) + QStringLiteral(" [") + dDisp + QStringLiteral("]");
       const QVariant cDisp = rs->Value(QStringLiteral("CDisp"));
       ListViewAddLine(ListView1,
                       {QString(), Format(cDisp, QStringLiteral("0000")),
