@@ -177,6 +177,16 @@ std::unique_ptr<Nudo> Nudo::Di(Database& db) {
 }
 
 // Runs both sides kGiri times, alternating, and prints the medians.
+QString TestoRegistro(const QDateTime& dal, const QDateTime& al) {
+  return QStringLiteral(
+             "SELECT Projects.*, Anagrafica.RagSoc1, ProjectsTipo.DPrjTipo "
+             "FROM (Projects INNER JOIN Anagrafica ON (Projects.CAnag = Anagrafica.CAnag) AND "
+             "(Projects.TAnag = Anagrafica.TAnag)) LEFT JOIN ProjectsTipo ON Projects.CPrjTipo = "
+             "ProjectsTipo.CPrjTipo WHERE (((Projects.DtIni) Between #") +
+         dal.toString(QStringLiteral("MM/dd/yyyy")) + QStringLiteral("# And #") +
+         al.toString(QStringLiteral("MM/dd/yyyy")) + QStringLiteral("#)) ORDER BY Projects.DtIni; ");
+}
+
 void Caso(const char* nome, const std::function<qint64()>& componente, const std::function<qint64()>& nudo,
           const char* cosa) {
   std::vector<double> ms, bareMs;

@@ -2,6 +2,7 @@
 // What the benchmarks share: the large generated database, opened or made
 // once in a folder, the bare query through the engine's own interface, and
 // the timing of one case beside it.
+#include <QDateTime>
 #include <QString>
 #include <functional>
 #include <memory>
@@ -36,6 +37,10 @@ class Nudo {
   virtual qint64 Byte(const QString& sql) = 0;
   virtual bool Esegui(const QString& sql) = 0;
 };
+// The register's query over a period, in the system's SQL as the loader
+// writes it (each engine reads it through Database::Adapt).
+QString TestoRegistro(const QDateTime& dal, const QDateTime& al);
+
 // Messages answer at once with their default, so that nothing waits for a user.
 void SenzaMessaggi();
 

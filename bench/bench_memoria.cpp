@@ -59,12 +59,7 @@ int main(int argc, char** argv) {
   const qint64 dopo = Stato("VmRSS:") - prima;
   const int righe = ctl.findChild<ListView*>(QStringLiteral("ListView1"))->Count();
 
-  const QString registro = db->Adapt(
-      QStringLiteral("SELECT Projects.*, Anagrafica.RagSoc1, ProjectsTipo.DPrjTipo "
-                     "FROM (Projects INNER JOIN Anagrafica ON (Projects.CAnag = Anagrafica.CAnag) AND "
-                     "(Projects.TAnag = Anagrafica.TAnag)) LEFT JOIN ProjectsTipo ON Projects.CPrjTipo = "
-                     "ProjectsTipo.CPrjTipo WHERE (((Projects.DtIni) Between ") +
-      DataSql(dal) + QStringLiteral(" And ") + DataSql(al) + QStringLiteral(")) ORDER BY Projects.DtIni; "));
+  const QString registro = db->Adapt(bench::TestoRegistro(dal, al));
   const qint64 dati = bench::Nudo::Di(*db)->Byte(registro);
   std::printf("{\"case\":\"Register memory (100 000 models loaded and shown)\",\"rows\":%d,\"data_bytes\":%lld,"
               "\"peak_bytes\":%lld,\"held_bytes\":%lld,\"ratio\":%.2f,\"held_ratio\":%.2f}\n",

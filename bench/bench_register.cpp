@@ -38,14 +38,7 @@ int main(int argc, char** argv) {
   gDTEnd = QDateTime(CDate(periodo[1]).date(), QTime(0, 0));
 
   // The register: the text the loader runs, over the whole period, all states.
-  const QString registro = db->Adapt(
-      QStringLiteral(
-          "SELECT Projects.*, Anagrafica.RagSoc1, ProjectsTipo.DPrjTipo "
-          "FROM (Projects INNER JOIN Anagrafica ON (Projects.CAnag = Anagrafica.CAnag) AND "
-          "(Projects.TAnag = Anagrafica.TAnag)) LEFT JOIN ProjectsTipo ON Projects.CPrjTipo = "
-          "ProjectsTipo.CPrjTipo WHERE (((Projects.DtIni) Between ") +
-      DataSql(gDtIni) + QStringLiteral(" And ") + DataSql(gDTEnd) +
-      QStringLiteral(")) ORDER BY Projects.DtIni; "));
+  const QString registro = db->Adapt(bench::TestoRegistro(gDtIni, gDTEnd));
   bench::Caso(
       "CaricaModelli",
       [] {

@@ -26,13 +26,7 @@ int main(int argc, char** argv) {
   const QDateTime al(CDate(periodo[1]).date(), QTime(0, 0));
   gPathDB = cartella + QLatin1Char('/');
   // The register's text as the system writes it; each engine reads it adapted.
-  const QString registroSistema =
-      QStringLiteral("SELECT Projects.*, Anagrafica.RagSoc1, ProjectsTipo.DPrjTipo "
-                     "FROM (Projects INNER JOIN Anagrafica ON (Projects.CAnag = Anagrafica.CAnag) AND "
-                     "(Projects.TAnag = Anagrafica.TAnag)) LEFT JOIN ProjectsTipo ON Projects.CPrjTipo = "
-                     "ProjectsTipo.CPrjTipo WHERE (((Projects.DtIni) Between #") +
-      dal.toString(QStringLiteral("MM/dd/yyyy")) + QStringLiteral("# And #") + al.toString(QStringLiteral("MM/dd/yyyy")) +
-      QStringLiteral("#)) ORDER BY Projects.DtIni; ");
+  const QString registroSistema = bench::TestoRegistro(dal, al);
   const QString registro = db->Adapt(registroSistema);
 
   OCPrestKT ctl;
