@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <optional>
 
@@ -1186,6 +1187,149 @@ TEST(RecordsetColumns, ValuesReadBackExactlyInTypeAndValue) {
   EXPECT_EQ(rs->Value("T").toString(), "x");
   EXPECT_EQ(rs->Value("I").typeId(), QMetaType::Int);
   EXPECT_EQ(rs->Value("B"), QVariant(3));  // the other fields keep theirs
+}
+
+namespace {
+
+// A value as an engine hands it to an append, and the QVariant it stands for.
+struct Dato {
+  enum Forma { Nullo, Si, Intero, Reale, Testo, Data } forma;
+  QVariant v;
+  QVariant Variante() const { return forma == Intero ? WholeNumber(v.toLongLong()) : v; }
+  void A(Recordset::Aggiunta& a) const {
+    switch (forma) {
+      case Nullo: return a.Nullo();
+      case Si: return a.Si(v.toBool());
+      case Intero: return a.Intero(v.toLongLong());
+      case Reale: return a.Reale(v.toDouble());
+      case Testo: return a.Testo(v.toString());
+      case Data: return a.Data(v.toDateTime());
+    }
+  }
+};
+
+RecordsetPtr OgniCampo() {
+  auto rs = Recordset::Create();
+  rs->Append("I", adInteger);
+  rs->Append("S", adSmallInt);
+  rs->Append("B", adBigInt);
+  rs->Append("T", adVarChar, 10);
+  rs->Append("D", adDate);
+  rs->Append("R", adDouble);
+  rs->Append("C", adCurrency);
+  rs->Append("Y", adBoolean);
+  rs->Append("V", adVariant);
+  rs->Open();
+  return rs;
+}
+
+void ComeRighe(Recordset& rs, const std::vector<Row>& righe) {
+  int r = 0;
+  for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext(), ++r) {
+    ASSERT_LT(r, static_cast<int>(righe.size()));
+    for (int f = 0; f < rs.FieldCount(); ++f) {
+      const QVariant v = rs.Value(f);
+      EXPECT_EQ(v.typeId(), righe[r][f].typeId()) << r << ' ' << f;
+      EXPECT_EQ(v, righe[r][f]) << r << ' ' << f;
+    }
+  }
+  EXPECT_EQ(r, static_cast<int>(righe.size()));
+}
+
+}  // namespace
+
+// Values handed one by one, in the form an engine reads them, are stored as
+// AppendRow stores the same values as QVariants: in each field's own form,
+// Null, or another form kept as it came; a Null after a run of values, and
+// a whole number just beyond 32 bits, among them.
+TEST(RecordsetColumns, ValuesAppendedOneByOneAreStoredAsAppendRowStoresThem) {
+  const qint64 oltre = qint64(std::numeric_limits<int>::max()) + 1;
+  const qint64 sotto = qint64(std::numeric_limits<int>::min()) - 1;
+  std::vector<std::vector<Dato>> dati;
+  for (int i = 0; i < 6; ++i)
+    dati.push_back({{Dato::Intero, i}, {Dato::Intero, -i}, {Dato::Intero, qlonglong(i) << 33},
+                    {Dato::Testo, QString("t%1").arg(i)}, {Dato::Data, D(2024, 2, 28 + i % 2)},
+                    {Dato::Reale, i / 4.0}, {Dato::Reale, 1.25}, {Dato::Si, i % 2 == 1}, {Dato::Testo, "v"}});
+  dati.push_back({{Dato::Nullo, {}}, {Dato::Nullo, {}}, {Dato::Nullo, {}}, {Dato::Nullo, {}}, {Dato::Nullo, {}},
+                  {Dato::Nullo, {}}, {Dato::Nullo, {}}, {Dato::Nullo, {}}, {Dato::Nullo, {}}});
+  // other forms: beyond 32 bits in a 32-bit field, a 32-bit one in a 64-bit
+  // field, a number in a text, a text in a date, a Yes/No in a whole number
+  dati.push_back({{Dato::Intero, oltre}, {Dato::Intero, sotto}, {Dato::Intero, 7}, {Dato::Intero, 12},
+                  {Dato::Testo, "2024-01-01"}, {Dato::Intero, 2}, {Dato::Testo, "x"}, {Dato::Reale, 0.5},
+                  {Dato::Intero, oltre}});
+  dati.push_back({{Dato::Si, true}, {Dato::Reale, 1.5}, {Dato::Data, D(2024, 1, 1)}, {Dato::Data, D(2024, 1, 2)},
+                  {Dato::Data, QDateTime()}, {Dato::Testo, "1"}, {Dato::Si, false}, {Dato::Intero, 1},
+                  {Dato::Data, D(2024, 12, 31, 23, 59, 59)}});
+  dati.push_back({{Dato::Intero, std::numeric_limits<int>::max()}, {Dato::Intero, std::numeric_limits<int>::min()},
+                  {Dato::Intero, oltre}, {Dato::Testo, QString()}, {Dato::Data, D(2025, 1, 1)}, {Dato::Reale, -0.0},
+                  {Dato::Reale, 0.0}, {Dato::Si, false}, {Dato::Nullo, {}}});
+  std::vector<Row> attese;
+  for (const auto& riga : dati) {
+    Row r;
+    for (const Dato& d : riga) r.push_back(d.Variante());
+    attese.push_back(r);
+  }
+  RecordsetPtr atteso = OgniCampo();
+  atteso->AppendRows(std::vector<Row>(attese));
+  for (bool riserva : {false, true}) {
+    RecordsetPtr rs = OgniCampo();
+    Recordset::Aggiunta a(*rs);
+    if (riserva) a.Riserva(static_cast<qsizetype>(dati.size()));
+    for (const auto& riga : dati) {
+      for (const Dato& d : riga) d.A(a);
+      a.FineRiga();
+    }
+    a.Fine();
+    SCOPED_TRACE(riserva ? "with room reserved" : "without");
+    ComeRighe(*rs, attese);
+    ComeRighe(*atteso, attese);
+    // Edits: a value made Null and back, in columns that held no Null.
+    rs->MoveFirst();
+    rs->SetValue("I", QVariant());
+    rs->SetValue("T", 5);
+    rs->Update();
+    EXPECT_TRUE(IsNull(rs->Value("I")));
+    EXPECT_EQ(rs->Value("T"), QVariant(QString("5")));
+    rs->SetValue("I", 3);
+    rs->SetValue("T", "a");
+    rs->Update();
+    EXPECT_EQ(rs->Value("I"), QVariant(3));
+    EXPECT_EQ(rs->Value("T"), QVariant(QString("a")));
+    rs->MoveNext();
+    EXPECT_EQ(rs->Value("I"), QVariant(1));
+    EXPECT_EQ(rs->Value("T"), QVariant(QString("t1")));
+  }
+}
+
+// A row of too few or too many values raises and leaves nothing of itself:
+// the next row takes its place whole, even where the dropped row had begun
+// a Null or a value of another form.
+TEST(RecordsetColumns, ARowOfTheWrongWidthIsDroppedWhole) {
+  auto rs = Recordset::Create();
+  rs->Append("N", adInteger);
+  rs->Append("T", adVarChar, 5);
+  rs->Append("R", adDouble);
+  rs->Open();
+  Recordset::Aggiunta a(*rs);
+  a.Intero(1);
+  a.Testo("uno");
+  a.Reale(1.5);
+  a.FineRiga();
+  a.Intero(qint64(1) << 40);  // another form
+  a.Nullo();
+  EXPECT_RAISES(a.FineRiga(), err::BadArguments);
+  a.Intero(2);
+  a.Testo("due");
+  a.Reale(2.5);
+  EXPECT_RAISES(a.Nullo(), err::BadArguments);
+  a.Nullo();
+  a.Testo("tre");
+  a.Reale(3.5);
+  a.FineRiga();
+  a.Fine();
+  ComeRighe(*rs, {{QVariant(1), QVariant(QString("uno")), QVariant(1.5)},
+                  {QVariant(), QVariant(QString("tre")), QVariant(3.5)}});
+  EXPECT_EQ(rs->RecordCount(), 2);
 }
 
 namespace {

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <exception>
+#include <optional>
 #include <vector>
 
 #include "Motore.h"
@@ -192,10 +193,15 @@ const QString& Database::Adattato(const QString& sql) {
 namespace {
 
 // The rows kept as they come.
-class RigheRisultato final : public RaccoltaRighe {
+class RigheRisultato final : public RaccoltaVarianti {
  public:
   explicit RigheRisultato(Database::Result& r) : r_(r) {}
-  void Campi(const std::vector<FieldDef>& fields) override { r_.fields = fields; }
+  void Campi(const std::vector<FieldDef>& fields, qsizetype righe) override {
+    r_.fields = fields;
+    if (righe > 0) r_.rows.reserve(static_cast<size_t>(righe));
+  }
+
+ protected:
   void Riga(Row& row) override { r_.rows.push_back(std::move(row)); }
 
  private:
@@ -206,27 +212,50 @@ class RigheRisultato final : public RaccoltaRighe {
 // is kept for afterwards: it is not the engine's.
 class RigheRecordset final : public RaccoltaRighe {
  public:
-  void Campi(const std::vector<FieldDef>& fields) override {
+  void Campi(const std::vector<FieldDef>& fields, qsizetype righe) override {
     try {
       auto rs = Recordset::Create();
       for (const FieldDef& f : fields) rs->Append(f);
       rs->Open();
+      aggiunta_.emplace(*rs);
+      if (righe > 0) aggiunta_->Riserva(righe);
       rs_ = std::move(rs);
     } catch (...) {
       errore_ = std::current_exception();
     }
   }
-  void Riga(Row& row) override {
-    if (rs_) rs_->AppendRow(row);
+  void Nullo() override {
+    if (aggiunta_) aggiunta_->Nullo();
+  }
+  void Si(bool v) override {
+    if (aggiunta_) aggiunta_->Si(v);
+  }
+  void Intero(qint64 v) override {
+    if (aggiunta_) aggiunta_->Intero(v);
+  }
+  void Reale(double v) override {
+    if (aggiunta_) aggiunta_->Reale(v);
+  }
+  void Testo(const QString& v) override {
+    if (aggiunta_) aggiunta_->Testo(v);
+  }
+  void Data(const QDateTime& v) override {
+    if (aggiunta_) aggiunta_->Data(v);
+  }
+  void FineRiga() override {
+    if (aggiunta_) aggiunta_->FineRiga();
   }
   RecordsetPtr Fine() {
     if (errore_) std::rethrow_exception(errore_);
-    if (rs_) rs_->MoveFirst();
+    if (!rs_) return rs_;
+    aggiunta_->Fine();
+    rs_->MoveFirst();
     return rs_;
   }
 
  private:
   RecordsetPtr rs_;
+  std::optional<Recordset::Aggiunta> aggiunta_;
   std::exception_ptr errore_;
 };
 

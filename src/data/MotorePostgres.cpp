@@ -124,40 +124,34 @@ struct Valori {
   std::vector<const char*> puntatori;
 };
 
-QVariant Intero(qlonglong v) {
-  if (v >= INT_MIN && v <= INT_MAX) return QVariant(static_cast<int>(v));
-  return QVariant(v);
-}
-
-// A value of the text form of the server, read as the field's type asks.
-QVariant Valore(int daoType, Oid tipo, const char* s, int n, Ricorrenti& ricorrenti) {
+// A value of the text form of the server, handed to righe as the field's type asks.
+void LeggiValore(int daoType, Oid tipo, const char* s, int n, int colonna, RicorrentiColonne& ricorrenti,
+                 RaccoltaRighe& righe) {
   const QByteArray b = QByteArray::fromRawData(s, n);
-  auto testo = [&] { return ricorrenti.Valore(s, n, [&] { return QVariant(QString::fromUtf8(s, n)); }); };
   switch (daoType) {
     case dbBoolean:
-      if (tipo == kBool) return QVariant(b == "t");
-      return QVariant(b.toLongLong() != 0);
+      if (tipo == kBool) return righe.Si(b == "t");
+      return righe.Si(b.toLongLong() != 0);
     case dbByte:
     case dbInteger:
     case dbLong: {
       bool ok = false;
       const qlonglong v = b.toLongLong(&ok);
-      if (ok) return Intero(v);
+      if (ok) return righe.Intero(v);
       const double d = b.toDouble();
-      if (d >= INT_MIN && d <= INT_MAX) return QVariant(static_cast<int>(d));
-      return QVariant(d);
+      if (d >= INT_MIN && d <= INT_MAX) return righe.Intero(static_cast<int>(d));
+      return righe.Reale(d);
     }
     case dbCurrency:
     case dbSingle:
-    case dbDouble:
-      return QVariant(b.toDouble());
-    case dbDate:
-      return ricorrenti.Valore(s, n, [&] {
-        const QDateTime d = DateFromStorage(QString::fromLatin1(b.left(19)));
-        return d.isValid() ? QVariant(d) : QVariant();
-      });
+    case dbDouble: return righe.Reale(b.toDouble());
+    case dbDate: {
+      const QDateTime d = ricorrenti.date[colonna].Valore(
+          s, n, [&] { return DateFromStorage(QString::fromLatin1(b.left(19))); });
+      return d.isValid() ? righe.Data(d) : righe.Nullo();
+    }
     default:  // texts, and what has no type of its own
-      return testo();
+      return righe.Testo(ricorrenti.testi[colonna].Valore(s, n, [&] { return QString::fromUtf8(s, n); }));
   }
 }
 
@@ -223,19 +217,19 @@ class Postgres final : public Motore {
     Risultato r = Tieni(PQexecPrepared(c_, p->nome.constData(), v.Quanti(), v.puntatori.data(), nullptr, nullptr, 0));
     if (!Riuscito(r.get())) RaiseEngine(c_, r.get(), testo);
     protetta.Riuscita();
-    righe.Campi(p->fields);
     const int n = static_cast<int>(p->daoTypes.size());
     const int quante = PQntuples(r.get());
-    std::vector<Ricorrenti> ricorrenti(n);
-    Row row;
+    righe.Campi(p->fields, quante);
+    RicorrentiColonne ricorrenti(n);
     for (int i = 0; i < quante; ++i) {
-      row.resize(n);
-      for (int j = 0; j < n; ++j)
-        row[j] = PQgetisnull(r.get(), i, j)
-                     ? QVariant()
-                     : Valore(p->daoTypes[j], p->tipi[j], PQgetvalue(r.get(), i, j), PQgetlength(r.get(), i, j),
-                              ricorrenti[j]);
-      righe.Riga(row);
+      for (int j = 0; j < n; ++j) {
+        if (PQgetisnull(r.get(), i, j))
+          righe.Nullo();
+        else
+          LeggiValore(p->daoTypes[j], p->tipi[j], PQgetvalue(r.get(), i, j), PQgetlength(r.get(), i, j), j,
+                      ricorrenti, righe);
+      }
+      righe.FineRiga();
     }
   }
 

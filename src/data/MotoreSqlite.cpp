@@ -106,57 +106,57 @@ int DaoTypeOfDecl(const QString& decl, int* size) {
 }
 
 
-QVariant ValoreSqlite(int daoType, sqlite3_stmt* st, int i, Ricorrenti& ricorrenti) {
+// Hands value i of the current row to righe in the form its field's type asks.
+void LeggiValore(int daoType, sqlite3_stmt* st, int i, RicorrentiColonne& ricorrenti, RaccoltaRighe& righe) {
   const int t = sqlite3_column_type(st, i);
-  if (t == SQLITE_NULL) return QVariant();
+  if (t == SQLITE_NULL) return righe.Nullo();
   auto testo = [&] {
     const char* s = reinterpret_cast<const char*>(sqlite3_column_text(st, i));
     const int n = sqlite3_column_bytes(st, i);
-    return ricorrenti.Valore(s, n, [&] { return QVariant(QString::fromUtf8(s, n)); });
+    righe.Testo(ricorrenti.testi[i].Valore(s, n, [&] { return QString::fromUtf8(s, n); }));
   };
   switch (daoType) {
-    case dbBoolean: return QVariant(sqlite3_column_int64(st, i) != 0);
+    case dbBoolean: return righe.Si(sqlite3_column_int64(st, i) != 0);
     case dbByte:
     case dbInteger:
     case dbLong: {
       // A stored value beyond the 32-bit range comes as it is: the copy that
       // gives it a field of its own refuses it there, as any value that doesn't fit.
-      if (t == SQLITE_INTEGER) {
-        const qint64 v = sqlite3_column_int64(st, i);
-        if (v >= INT_MIN && v <= INT_MAX) return QVariant(static_cast<int>(v));
-        return QVariant(static_cast<qlonglong>(v));
-      }
+      if (t == SQLITE_INTEGER) return righe.Intero(sqlite3_column_int64(st, i));
       const double d = sqlite3_column_double(st, i);
-      if (d >= INT_MIN && d <= INT_MAX) return QVariant(static_cast<int>(d));
-      return QVariant(d);
+      if (d >= INT_MIN && d <= INT_MAX) return righe.Intero(static_cast<int>(d));
+      return righe.Reale(d);
     }
     case dbCurrency:
     case dbSingle:
-    case dbDouble:
-      return QVariant(sqlite3_column_double(st, i));
+    case dbDouble: return righe.Reale(sqlite3_column_double(st, i));
     case dbDate: {
       const char* s = reinterpret_cast<const char*>(sqlite3_column_text(st, i));
       const int n = sqlite3_column_bytes(st, i);
-      return ricorrenti.Valore(s, n, [&] {
-        const QDateTime d = DateFromStorage(QString::fromUtf8(s, n));
-        return d.isValid() ? QVariant(d) : QVariant();
-      });
+      const QDateTime d =
+          ricorrenti.date[i].Valore(s, n, [&] { return DateFromStorage(QString::fromUtf8(s, n)); });
+      return d.isValid() ? righe.Data(d) : righe.Nullo();
     }
     case dbText:
-    case dbMemo:
-      return testo();
+    case dbMemo: return testo();
     default:
       switch (t) {
-        case SQLITE_INTEGER: {
-          const qlonglong v = sqlite3_column_int64(st, i);
-          if (v >= INT_MIN && v <= INT_MAX) return QVariant(static_cast<int>(v));
-          return QVariant(v);
-        }
-        case SQLITE_FLOAT: return QVariant(sqlite3_column_double(st, i));
+        case SQLITE_INTEGER: return righe.Intero(sqlite3_column_int64(st, i));
+        case SQLITE_FLOAT: return righe.Reale(sqlite3_column_double(st, i));
         default: return testo();
       }
   }
 }
+
+// The rows kept until the end of the result.
+class RigheTenute final : public RaccoltaVarianti {
+ public:
+  void Campi(const std::vector<FieldDef>&, qsizetype) override {}
+  std::vector<Row> rows;
+
+ protected:
+  void Riga(Row& row) override { rows.push_back(std::move(row)); }
+};
 
 
 [[noreturn]] void RaiseEngine(sqlite3* h, int rc, const QString& sql) {
@@ -243,45 +243,46 @@ class Sqlite final : public Motore {
     Bind(p.st, valori);
     const std::vector<int>& daoTypes = p.daoTypes;
     const int n = static_cast<int>(daoTypes.size());
-    std::vector<Ricorrenti> ricorrenti(n);
-    auto leggi = [&](const std::function<void(Row&)>& riga) {
+    RicorrentiColonne ricorrenti(n);
+    auto leggi = [&](RaccoltaRighe& verso) {
       int rc;
-      Row row;
       while ((rc = sqlite3_step(p.st)) == SQLITE_ROW) {
-        row.resize(n);
-        for (int i = 0; i < n; ++i) row[i] = ValoreSqlite(daoTypes[i], p.st, i, ricorrenti[i]);
-        riga(row);
+        for (int i = 0; i < n; ++i) LeggiValore(daoTypes[i], p.st, i, ricorrenti, verso);
+        verso.FineRiga();
       }
       if (rc != SQLITE_DONE) RaiseEngine(h_, rc, p.testo);
     };
     // The rows go on as they are read, unless a column's type must wait for its values.
     if (std::find(daoTypes.begin(), daoTypes.end(), 0) == daoTypes.end()) {
-      righe.Campi(p.fields);
-      leggi([&](Row& row) { righe.Riga(row); });
+      righe.Campi(p.fields, -1);
+      leggi(righe);
       return;
     }
-    Database::Result r;
-    r.fields = p.fields;
-    leggi([&](Row& row) { r.rows.push_back(std::move(row)); });
+    RigheTenute tenute;
+    leggi(tenute);
+    std::vector<FieldDef> fields = p.fields;
     // Columns whose type neither the table nor the expression tells take it from the values.
     for (int i = 0; i < n; ++i) {
       if (daoTypes[i] != 0) continue;
-      for (const Row& row : r.rows) {
+      for (const Row& row : tenute.rows) {
         const QVariant& v = row[i];
         if (IsNull(v)) continue;
         int dao = dbText, size = 255;
         if (v.typeId() == QMetaType::Int || v.typeId() == QMetaType::LongLong) dao = dbLong, size = 0;
         else if (v.typeId() == QMetaType::Double) dao = dbDouble, size = 0;
         else if (DateFromStorage(v.toString()).isValid()) dao = dbDate, size = 0;
-        r.fields[i] = FieldOfDao(r.fields[i].Name, dao, size);
+        fields[i] = FieldOfDao(fields[i].Name, dao, size);
         if (dao == dbDate)
-          for (Row& rr : r.rows)
+          for (Row& rr : tenute.rows)
             if (!IsNull(rr[i])) rr[i] = DateFromStorage(rr[i].toString());
         break;
       }
     }
-    righe.Campi(r.fields);
-    for (Row& row : r.rows) righe.Riga(row);
+    righe.Campi(fields, static_cast<qsizetype>(tenute.rows.size()));
+    for (const Row& row : tenute.rows) {
+      for (const QVariant& v : row) Consegna(v, righe);
+      righe.FineRiga();
+    }
   }
 
   int Execute(const QString& testo, const QVariantList& valori) override {

@@ -632,6 +632,48 @@ void Recordset::AppendRow(const Row& row) {
   Appended(wasEmpty);
 }
 
+Recordset::Aggiunta::Aggiunta(Recordset& rs) : rs_(rs) {
+  if (!rs.d_->open) Raise(err::OperationNotAllowed);
+  rs.d_->Sync(*rs.store_);
+  wasEmpty_ = rs.d_->LiveCount() == 0;
+}
+
+void Recordset::Aggiunta::Scarta(size_t valori) {
+  Store& s = *rs_.store_;
+  for (detail::Colonna& c : s.cols) c.Tronca(static_cast<qsizetype>(s.Count()));
+  campo_ = 0;
+  Raise(err::BadArguments, QStringLiteral("Row of %1 values for %2 fields").arg(valori).arg(s.cols.size()));
+}
+
+detail::Colonna& Recordset::Aggiunta::Prossima() {
+  Store& s = *rs_.store_;
+  if (campo_ >= s.cols.size()) Scarta(campo_ + 1);
+  return s.cols[campo_++];
+}
+
+void Recordset::Aggiunta::Nullo() { Prossima().PushNullo(); }
+void Recordset::Aggiunta::Si(bool v) { Prossima().PushSi(v); }
+void Recordset::Aggiunta::Intero(qint64 v) { Prossima().PushIntero(v); }
+void Recordset::Aggiunta::Reale(double v) { Prossima().PushReale(v); }
+void Recordset::Aggiunta::Testo(const QString& v) { Prossima().PushTesto(v); }
+void Recordset::Aggiunta::Data(const QDateTime& v) { Prossima().PushData(v); }
+
+void Recordset::Aggiunta::FineRiga() {
+  Store& s = *rs_.store_;
+  if (campo_ != s.cols.size()) Scarta(campo_);
+  campo_ = 0;
+  s.deleted.push_back(0);
+}
+
+void Recordset::Aggiunta::Riserva(qsizetype righe) {
+  Store& s = *rs_.store_;
+  const qsizetype tutte = static_cast<qsizetype>(s.Count()) + righe;
+  for (detail::Colonna& c : s.cols) c.Reserve(tutte);
+  s.deleted.reserve(static_cast<size_t>(tutte));
+}
+
+void Recordset::Aggiunta::Fine() { rs_.Appended(wasEmpty_); }
+
 void Recordset::Appended(bool wasEmpty) {
   Store& s = *store_;
   if (!d_->sortKeys.empty() && d_->mode == Impl::Mode::None) {

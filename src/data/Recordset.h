@@ -3,6 +3,7 @@
 // values, a filter, a sort, clones that share the rows, and a cursor.
 // A recordset that comes from the database (ApriRecordset) carries a write
 // cursor: Edit/AddNew/Update/Delete then reach the table as well.
+#include <QDateTime>
 #include <QString>
 #include <QVariant>
 #include <functional>
@@ -61,6 +62,10 @@ class WriteCursor {
   virtual void UpdateRow(const std::vector<FieldDef>& fields, const Row& before, const Row& after) = 0;
   virtual void DeleteRow(const std::vector<FieldDef>& fields, const Row& row) = 0;
 };
+
+namespace detail {
+class Colonna;
+}
 
 class Recordset;
 using RecordsetPtr = Ref<Recordset>;
@@ -148,6 +153,30 @@ class Recordset {
   // Bulk append of rows already in the field order and types (used by copies).
   void AppendRows(std::vector<Row>&& rows);
   void AppendRow(const Row& row);
+  // Appends rows a value at a time, in the fields' order, each stored as
+  // AppendRow would store it made a QVariant (a whole number as WholeNumber
+  // makes it). A row of too many or too few values raises BadArguments and
+  // is dropped whole. Fine brings the recordset up to the rows appended.
+  class Aggiunta {
+   public:
+    explicit Aggiunta(Recordset& rs);
+    void Nullo();
+    void Si(bool v);
+    void Intero(qint64 v);
+    void Reale(double v);
+    void Testo(const QString& v);
+    void Data(const QDateTime& v);
+    void FineRiga();
+    void Fine();
+    void Riserva(qsizetype righe);  // room for that many rows more
+
+   private:
+    detail::Colonna& Prossima();
+    [[noreturn]] void Scarta(size_t valori);  // drops the row begun
+    Recordset& rs_;
+    bool wasEmpty_;
+    size_t campo_ = 0;
+  };
   // Appends the live rows of from in its order: its field j goes to field
   // target[j] (-1: nowhere) as SetValue would store it, and a field that no
   // field of from feeds takes its value in base. A value that does not fit

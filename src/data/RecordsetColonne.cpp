@@ -9,10 +9,6 @@ namespace prestkt::detail {
 
 namespace {
 
-bool Intero32(FieldKind k) {
-  return k == FieldKind::Int8 || k == FieldKind::UInt8 || k == FieldKind::Int16 || k == FieldKind::Int32;
-}
-
 // The range of whole numbers a field kind takes.
 void Limiti(FieldKind k, qint64* lo, qint64* hi) {
   switch (k) {
@@ -52,7 +48,7 @@ char Colonna::Forma(const QVariant& v) const {
 void Colonna::Push(const QVariant& v) {
   const char forma = Forma(v);
   const bool valore = forma == kValore;
-  stato_.append(forma);
+  SegnaNuova(forma);
   switch (kind_) {
     case FieldKind::Int8:
     case FieldKind::UInt8:
@@ -68,18 +64,49 @@ void Colonna::Push(const QVariant& v) {
     case FieldKind::Text: testi_.append(valore ? *static_cast<const QString*>(v.constData()) : QString()); break;
     case FieldKind::Variant: varianti_.append(v); break;
   }
-  if (forma == kAltro) altri_.insert(stato_.size() - 1, v);
+  if (forma == kAltro) altri_.insert(righe_ - 1, v);
+}
+
+void Colonna::SegnaNuova(char forma) {
+  if (!conStati_ && forma != kValore) {
+    stato_ = QList<char>(righe_, kValore);
+    conStati_ = true;
+  }
+  if (conStati_) stato_.append(forma);
+  ++righe_;
+}
+
+void Colonna::Segna(qsizetype i, char forma) {
+  if (!conStati_) {
+    if (forma == kValore) return;
+    stato_ = QList<char>(righe_, kValore);
+    conStati_ = true;
+  }
+  stato_[i] = forma;
+}
+
+void Colonna::Tronca(qsizetype n) {
+  if (n >= Size()) return;
+  for (qsizetype i = n; i < Size(); ++i)
+    if (Stato(i) == kAltro) altri_.remove(i);
+  righe_ = n;
+  if (conStati_) stato_.resize(n);
+  if (interi_.size() > n) interi_.resize(n);
+  if (reali_.size() > n) reali_.resize(n);
+  if (date_.size() > n) date_.resize(n);
+  if (testi_.size() > n) testi_.resize(n);
+  if (varianti_.size() > n) varianti_.resize(n);
 }
 
 void Colonna::Set(qsizetype i, const QVariant& v) {
-  if (stato_[i] == kAltro) altri_.remove(i);
+  if (Stato(i) == kAltro) altri_.remove(i);
   Scrivi(i, v, Forma(v));
 }
 
 // Row i takes v; a Null or a value of another form leaves the slot empty, so
 // that it holds no text.
 void Colonna::Scrivi(qsizetype i, const QVariant& v, char forma) {
-  stato_[i] = forma;
+  Segna(i, forma);
   const bool valore = forma == kValore;
   switch (kind_) {
     case FieldKind::Int8:
@@ -98,7 +125,7 @@ void Colonna::Scrivi(qsizetype i, const QVariant& v, char forma) {
 }
 
 QVariant Colonna::Get(qsizetype i) const {
-  switch (stato_[i]) {
+  switch (Stato(i)) {
     case kNull: return QVariant();
     case kAltro: return altri_.value(i);
     default: break;
@@ -120,7 +147,7 @@ QVariant Colonna::Get(qsizetype i) const {
 }
 
 void Colonna::Reserve(qsizetype n) {
-  stato_.reserve(n);
+  if (conStati_) stato_.reserve(n);
   switch (kind_) {
     case FieldKind::Int8:
     case FieldKind::UInt8:
@@ -141,13 +168,13 @@ void Colonna::Reserve(qsizetype n) {
 bool Colonna::Entra(const FieldDef& f) const {
   const FieldKind k = KindOf(f.Type);
   const qsizetype n = Size();
-  for (qsizetype i = 0; i < n; ++i) {
+  for (qsizetype i = 0; conStati_ && i < n; ++i) {
     if (stato_[i] == kAltro) return false;
     if (stato_[i] == kNull && !f.Nullable()) return false;
   }
   auto ogni = [&](auto ok) {
     for (qsizetype i = 0; i < n; ++i)
-      if (stato_[i] == kValore && !ok(i)) return false;
+      if (Stato(i) == kValore && !ok(i)) return false;
     return true;
   };
   // Whole numbers are held alike whatever their width: only the range matters.

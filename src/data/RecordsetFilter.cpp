@@ -267,6 +267,10 @@ class CompareNode : public FilterExpr {
       if (!Text(*s, &c)) return false;
       return Apply(op_, c);
     }
+    if (const qint64* x = cols[field_].Intero(row)) {
+      if (!Integer(*x, &c)) return false;
+      return Apply(op_, c);
+    }
     const QVariant v = cols[field_].Get(row);
     if (!v.isValid()) return false;
     if (!Order(v, &c)) return false;
@@ -860,6 +864,25 @@ Key KeyOf(const QVariant& v, std::vector<QString>& texts) {
   return k;
 }
 
+// The key of a row's value, read from the column without a QVariant when it
+// holds a whole number or a text.
+Key KeyAt(const Colonna& c, qsizetype row, std::vector<QString>& texts) {
+  Key k;
+  if (const qint64* x = c.Intero(row)) {
+    k.cls = 1;
+    k.isInt = true;
+    k.i = *x;
+    k.d = static_cast<double>(k.i);
+  } else if (const QString* s = c.Testo(row)) {
+    k.cls = 3;
+    k.i = static_cast<qint64>(texts.size());
+    texts.push_back(s->toCaseFolded());
+  } else {
+    k = KeyOf(c.Get(row), texts);
+  }
+  return k;
+}
+
 int Compare(const Key& a, const Key& b, const std::vector<QString>& texts) {
   if (a.cls != b.cls) return a.cls < b.cls ? -1 : 1;
   switch (a.cls) {
@@ -880,22 +903,30 @@ int Compare(const Key& a, const Key& b, const std::vector<QString>& texts) {
 void SortRows(std::vector<int>& ids, const Colonne& rows, const std::vector<SortKey>& keys) {
   if (keys.empty() || ids.size() < 2) return;
   const size_t n = ids.size();
+  // The first key travels with its row's place, so that most comparisons
+  // read memory in order; the others are looked up on a tie.
+  struct Voce {
+    Key primo;
+    int pos;
+  };
   std::vector<KeyColumn> cols(keys.size());
-  for (size_t k = 0; k < keys.size(); ++k) {
+  std::vector<Voce> voci(n);
+  for (size_t i = 0; i < n; ++i) voci[i] = {KeyAt(rows[keys[0].field], ids[i], cols[0].texts), static_cast<int>(i)};
+  for (size_t k = 1; k < keys.size(); ++k) {
     cols[k].keys.resize(n);
-    for (size_t i = 0; i < n; ++i) cols[k].keys[i] = KeyOf(rows[keys[k].field].Get(ids[i]), cols[k].texts);
+    for (size_t i = 0; i < n; ++i) cols[k].keys[i] = KeyAt(rows[keys[k].field], ids[i], cols[k].texts);
   }
-  std::vector<int> perm(n);
-  for (size_t i = 0; i < n; ++i) perm[i] = static_cast<int>(i);
-  std::stable_sort(perm.begin(), perm.end(), [&](int a, int b) {
-    for (size_t k = 0; k < keys.size(); ++k) {
-      const int c = Compare(cols[k].keys[a], cols[k].keys[b], cols[k].texts);
+  std::stable_sort(voci.begin(), voci.end(), [&](const Voce& a, const Voce& b) {
+    int c = Compare(a.primo, b.primo, cols[0].texts);
+    if (c != 0) return keys[0].descending ? c > 0 : c < 0;
+    for (size_t k = 1; k < keys.size(); ++k) {
+      c = Compare(cols[k].keys[a.pos], cols[k].keys[b.pos], cols[k].texts);
       if (c != 0) return keys[k].descending ? c > 0 : c < 0;
     }
     return false;
   });
   std::vector<int> sorted(n);
-  for (size_t i = 0; i < n; ++i) sorted[i] = ids[perm[i]];
+  for (size_t i = 0; i < n; ++i) sorted[i] = ids[voci[i].pos];
   ids.swap(sorted);
 }
 

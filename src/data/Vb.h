@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QString>
 #include <QVariant>
+#include <limits>
 
 #include "VbError.h"
 
@@ -32,6 +33,13 @@ double Val(const QString& s);  // leading number with a decimal point, 0 when no
 // them, and a blank in place of the sign of a value not negative (" 12.5",
 // " .5", "-3", " 1E+15").
 QString Str(double x);
+
+// A whole number as a value: an int when it fits 32 bits, a qlonglong beyond.
+inline QVariant WholeNumber(qint64 v) {
+  if (v >= std::numeric_limits<int>::min() && v <= std::numeric_limits<int>::max())
+    return QVariant(static_cast<int>(v));
+  return QVariant(static_cast<qlonglong>(v));
+}
 
 QVariant NullToZero(const QVariant& v);  // integer 0 for Null
 QString NullToStr(const QVariant& v);    // "" for Null
