@@ -204,6 +204,56 @@ TEST(ApriRecordset, ManyRowsOfRepeatedAndDifferentTextsReadAsTheyAre) {
   }
 }
 
+// Each kind of column, Null and not, and computed columns whose type only
+// their values tell, read into a recordset exactly as the engine's own
+// reading gives them.
+TEST(ApriRecordset, EveryKindOfValueReadsAsTheEngineGivesIt) {
+  TestDb t;
+  Models(t);
+  t.db->Execute(Sql("INSERT INTO ProjectsDisp (CProject, CDisp, DDisp, Data, Qta, PzVend, DefPzVend, CStato, DtEnd, "
+                    "NStampa, Annot) VALUES (202500002, 1, 'Prima', '2025-02-28 23:59:59', 2.5, 0, -1, 3, Null, 0, "
+                    "'nota'), (202500002, 2, Null, Null, -0.125, 1234567.8912, 0, 0, '2025-12-31 00:00:00', 32767, "
+                    "Null)"));
+  const Sql testo(
+      "SELECT CProject, CDisp, DDisp, Data, Qta, PzVend, DefPzVend, CStato, DtEnd, NStampa, Annot, "
+      "Coalesce(DtEnd, Data) AS Quando, Coalesce(Annot, DDisp) AS Testo, Coalesce(NStampa, CStato) AS N "
+      "FROM ProjectsDisp ORDER BY CDisp");
+  const Database::Result atteso = t.db->Select(testo);
+  ASSERT_EQ(atteso.rows.size(), 2u);
+  RecordsetPtr rs;
+  ApriRecordset(rs, testo, nullptr, dbOpenSnapshot);
+  ASSERT_TRUE(rs);
+  ASSERT_EQ(rs->RecordCount(), 2);
+  size_t r = 0;
+  for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext(), ++r)
+    for (int f = 0; f < rs->FieldCount(); ++f) {
+      EXPECT_EQ(rs->Value(f).typeId(), atteso.rows[r][f].typeId()) << r << ' ' << f;
+      EXPECT_EQ(rs->Value(f), atteso.rows[r][f]) << r << ' ' << f;
+    }
+  rs->MoveFirst();
+  EXPECT_EQ(rs->Value("DefPzVend"), QVariant(true));
+  EXPECT_EQ(rs->Value("CStato"), QVariant(3));
+  EXPECT_EQ(rs->Value("Qta"), QVariant(2.5));
+  EXPECT_EQ(rs->Value("Data"), QVariant(D(2025, 2, 28, 23, 59, 59)));
+  EXPECT_FALSE(rs->Value("DtEnd").isValid());
+  EXPECT_EQ(rs->Value("Quando"), QVariant(D(2025, 2, 28, 23, 59, 59)));
+  EXPECT_EQ(rs->Value("Testo"), QVariant(QString("nota")));
+  rs->MoveNext();
+  EXPECT_EQ(rs->Value("DefPzVend"), QVariant(false));
+  EXPECT_EQ(rs->Value("PzVend"), QVariant(1234567.8912));
+  EXPECT_EQ(rs->Value("NStampa"), QVariant(32767));
+  EXPECT_FALSE(rs->Value("DDisp").isValid());
+  EXPECT_FALSE(rs->Value("Testo").isValid());
+  EXPECT_EQ(rs->Value("Quando"), QVariant(D(2025, 12, 31)));
+  EXPECT_EQ(rs->Value("N"), QVariant(32767));
+  // The computed columns in the forms of their fields, whichever way the engine came to them.
+  EXPECT_EQ(rs->Value("N").typeId(), QMetaType::Int);
+  EXPECT_EQ(rs->Value("Quando").typeId(), QMetaType::QDateTime);
+  rs->MoveFirst();
+  EXPECT_EQ(rs->Value("Testo").typeId(), QMetaType::QString);
+  EXPECT_EQ(rs->Value("N").typeId(), QMetaType::Int);
+}
+
 // A query whose fields a recordset can't take (two of one name) fails as
 // the recordset's, not as the engine's: no failed statement is counted.
 TEST(ApriRecordset, FieldsARecordsetCannotTakeAreNotAFailureOfTheEngine) {
