@@ -528,6 +528,36 @@ TEST(RecordsetSort, StableOnManyEqualKeys) {
   EXPECT_EQ(count, 3000);
 }
 
+// Rows already in the order asked stay as they are; rows in its exact
+// reverse come out reversed; a reverse with two equal rows still keeps
+// equal rows in store order.
+TEST(RecordsetSort, RowsInTheOrderOrItsReverseSortAsAnyOthers) {
+  auto rs = Recordset::Create();
+  rs->Append("ID", adInteger);
+  rs->Append("N", adInteger);
+  rs->Append("T", adVarWChar, 5);
+  rs->Open();
+  rs->AppendRows({{1, 30, "c"}, {2, 30, "C"}, {3, 20, "b"}, {4, 20, "b"}, {5, 10, "a"}, {6, 5, QVariant()}});
+  rs->SetSort("N DESC");
+  EXPECT_EQ(Ids(*rs), V({1, 2, 3, 4, 5, 6}));
+  rs->SetSort("N");  // a reverse with equal rows: these keep their order
+  EXPECT_EQ(Ids(*rs), V({6, 5, 3, 4, 1, 2}));
+  rs->SetSort("T");  // texts equal without regard to case, and a Null first
+  EXPECT_EQ(Ids(*rs), V({6, 5, 3, 4, 1, 2}));
+  rs->SetSort("ID DESC");  // the exact reverse
+  EXPECT_EQ(Ids(*rs), V({6, 5, 4, 3, 2, 1}));
+  rs->SetSort("N, ID DESC");  // a second key breaks the ties: the exact reverse
+  EXPECT_EQ(Ids(*rs), V({6, 5, 4, 3, 2, 1}));
+  rs->SetSort("N DESC, ID");
+  EXPECT_EQ(Ids(*rs), V({1, 2, 3, 4, 5, 6}));
+  rs->SetFilter("ID > 4");  // two rows in reverse, then one
+  EXPECT_EQ(Ids(*rs), V({5, 6}));
+  rs->SetSort("N");
+  EXPECT_EQ(Ids(*rs), V({6, 5}));
+  rs->SetFilter("ID = 2");
+  EXPECT_EQ(Ids(*rs), V({2}));
+}
+
 TEST(RecordsetSort, NullsFirstAscendingLastDescending) {
   auto rs = People();
   rs->SetSort("Data");

@@ -916,7 +916,7 @@ void SortRows(std::vector<int>& ids, const Colonne& rows, const std::vector<Sort
     cols[k].keys.resize(n);
     for (size_t i = 0; i < n; ++i) cols[k].keys[i] = KeyAt(rows[keys[k].field], ids[i], cols[k].texts);
   }
-  std::stable_sort(voci.begin(), voci.end(), [&](const Voce& a, const Voce& b) {
+  const auto prima = [&](const Voce& a, const Voce& b) {
     int c = Compare(a.primo, b.primo, cols[0].texts);
     if (c != 0) return keys[0].descending ? c > 0 : c < 0;
     for (size_t k = 1; k < keys.size(); ++k) {
@@ -924,7 +924,18 @@ void SortRows(std::vector<int>& ids, const Colonne& rows, const std::vector<Sort
       if (c != 0) return keys[k].descending ? c > 0 : c < 0;
     }
     return false;
-  });
+  };
+  // Rows often come already in the order asked, or in its reverse (read by
+  // date, shown by code from the newest): one pass tells, and a reverse
+  // without two equal rows is the sorted order itself.
+  bool inOrdine = true, alRovescio = true;
+  for (size_t i = 1; i < n && (inOrdine || alRovescio); ++i) {
+    if (prima(voci[i], voci[i - 1])) inOrdine = false;
+    if (!prima(voci[i], voci[i - 1])) alRovescio = false;
+  }
+  if (inOrdine) return;
+  if (alRovescio) std::reverse(voci.begin(), voci.end());
+  else std::stable_sort(voci.begin(), voci.end(), prima);
   std::vector<int> sorted(n);
   for (size_t i = 0; i < n; ++i) sorted[i] = ids[voci[i].pos];
   ids.swap(sorted);
