@@ -1269,7 +1269,7 @@ void ComeRighe(Recordset& rs, const std::vector<Row>& righe) {
 }  // namespace
 
 // Values handed one by one, in the form an engine reads them, are stored as
-// AppendRow stores the same values as QVariants: in each field's own form,
+// AppendRows stores the same values as QVariants: in each field's own form,
 // Null, or another form kept as it came; a Null after a run of values, and
 // a whole number just beyond 32 bits, among them.
 TEST(RecordsetColumns, ValuesAppendedOneByOneAreStoredAsAppendRowStoresThem) {

@@ -1,8 +1,8 @@
 #pragma once
 // What a Database asks of the engine under it. The SQL handed over is already
 // the engine's own (see AdattaSql); values go as QVariants and come to a
-// RaccoltaRighe, dates as QDateTime, a YesNo as -1/0 in the tables. Every failure raises VbError with the engine's
-// message and the statement.
+// RaccoltaRighe, dates as QDateTime, a YesNo as -1/0 in the tables. Every
+// failure raises VbError with the engine's message and the statement.
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QDateTime>

@@ -621,17 +621,6 @@ void Recordset::AppendRows(std::vector<Row>&& rows) {
   Appended(wasEmpty);
 }
 
-void Recordset::AppendRow(const Row& row) {
-  PRESTKT_REQUIRE_OPEN();
-  Store& s = *store_;
-  if (row.size() != s.fields.size())
-    Raise(err::BadArguments, QStringLiteral("Row of %1 values for %2 fields").arg(row.size()).arg(s.fields.size()));
-  d_->Sync(s);
-  const bool wasEmpty = d_->LiveCount() == 0;
-  s.Push(row);
-  Appended(wasEmpty);
-}
-
 Recordset::Aggiunta::Aggiunta(Recordset& rs) : rs_(rs) {
   if (!rs.d_->open) Raise(err::OperationNotAllowed);
   rs.d_->Sync(*rs.store_);

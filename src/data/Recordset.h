@@ -152,9 +152,8 @@ class Recordset {
 
   // Bulk append of rows already in the field order and types (used by copies).
   void AppendRows(std::vector<Row>&& rows);
-  void AppendRow(const Row& row);
   // Appends rows a value at a time, in the fields' order, each stored as
-  // AppendRow would store it made a QVariant (a whole number as WholeNumber
+  // AppendRows would store it made a QVariant (a whole number as WholeNumber
   // makes it). A row of too many or too few values raises BadArguments and
   // is dropped whole. Fine brings the recordset up to the rows appended.
   class Aggiunta {
