@@ -259,6 +259,33 @@ TEST(ApriRecordset, EveryKindOfValueReadsAsTheEngineGivesIt) {
   EXPECT_EQ(rs->Value("N").typeId(), QMetaType::Int);
 }
 
+// A statement that fails after its first rows were read leaves no recordset,
+// counts as a failure, and leaves the connection and the transaction
+// around it as they were. SQLite gives Null for a division by zero instead.
+TEST(ApriRecordset, AFailureAfterTheFirstRowsLeavesTheConnectionAsItWas) {
+  TestDb t;
+  Models(t);
+  const Sql testo("SELECT CProject, 1 / (CProject - 202500002) AS X FROM Projects");
+  t.db->BeginTrans();
+  t.db->Execute(Sql("UPDATE Projects SET DProject='Dentro' WHERE CProject=202400001"));
+  const int prima = t.db->Failures();
+  RecordsetPtr rs;
+  ApriRecordset(rs, testo, nullptr, dbOpenSnapshot);
+  if (t.db->engine() == Engine::PostgreSQL) {
+    EXPECT_FALSE(rs);
+    EXPECT_GT(t.db->Failures(), prima);
+  } else {
+    ASSERT_TRUE(rs);
+    rs->SetFilter("CProject = 202500002");
+    EXPECT_FALSE(rs->Value("X").isValid());
+  }
+  EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202400001").toString(), "Dentro");
+  t.db->CommitTrans();
+  EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202400001").toString(), "Dentro");
+  EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects").toInt(),
+            static_cast<int>(t.db->Select(Sql("SELECT CProject FROM Projects")).rows.size()));
+}
+
 // A query whose fields a recordset can't take (two of one name) fails as
 // the recordset's, not as the engine's: no failed statement is counted.
 TEST(ApriRecordset, FieldsARecordsetCannotTakeAreNotAFailureOfTheEngine) {

@@ -1272,7 +1272,7 @@ void ComeRighe(Recordset& rs, const std::vector<Row>& righe) {
 // AppendRows stores the same values as QVariants: in each field's own form,
 // Null, or another form kept as it came; a Null after a run of values, and
 // a whole number just beyond 32 bits, among them.
-TEST(RecordsetColumns, ValuesAppendedOneByOneAreStoredAsAppendRowStoresThem) {
+TEST(RecordsetColumns, ValuesAppendedOneByOneAreStoredAsAppendRowsStoresThem) {
   const qint64 oltre = qint64(std::numeric_limits<int>::max()) + 1;
   const qint64 sotto = qint64(std::numeric_limits<int>::min()) - 1;
   std::vector<std::vector<Dato>> dati;

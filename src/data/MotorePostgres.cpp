@@ -214,23 +214,46 @@ class Postgres final : public Motore {
     const Valori v(valori);
     Istruzione protetta(*this);
     const std::shared_ptr<Preparata> p = Preparazione(testo, v, sistema);
-    Risultato r = Tieni(PQexecPrepared(c_, p->nome.constData(), v.Quanti(), v.puntatori.data(), nullptr, nullptr, 0));
-    if (!Riuscito(r.get())) RaiseEngine(c_, r.get(), testo);
-    protetta.Riuscita();
+    // A row at a time, so that the whole result never waits in libpq's
+    // memory beside the rows read; the last result, with no row, ends it.
+    if (!PQsendQueryPrepared(c_, p->nome.constData(), v.Quanti(), v.puntatori.data(), nullptr, nullptr, 0))
+      RaiseEngine(c_, nullptr, testo);
+    PQsetSingleRowMode(c_);
     const int n = static_cast<int>(p->daoTypes.size());
-    const int quante = PQntuples(r.get());
-    righe.Campi(p->fields, quante);
     RicorrentiColonne ricorrenti(n);
-    for (int i = 0; i < quante; ++i) {
-      for (int j = 0; j < n; ++j) {
-        if (PQgetisnull(r.get(), i, j))
-          righe.Nullo();
-        else
-          LeggiValore(p->daoTypes[j], p->tipi[j], PQgetvalue(r.get(), i, j), PQgetlength(r.get(), i, j), j,
-                      ricorrenti, righe);
+    Risultato errore(nullptr, &PQclear);
+    bool campi = false;
+    try {
+      while (Risultato r = Tieni(PQgetResult(c_))) {
+        const ExecStatusType s = PQresultStatus(r.get());
+        if (s != PGRES_SINGLE_TUPLE && s != PGRES_TUPLES_OK) {
+          if (!errore) errore = std::move(r);
+          continue;
+        }
+        if (errore) continue;
+        if (!campi) {
+          righe.Campi(p->fields, s == PGRES_TUPLES_OK ? PQntuples(r.get()) : -1);
+          campi = true;
+        }
+        for (int i = 0; i < PQntuples(r.get()); ++i) {
+          for (int j = 0; j < n; ++j) {
+            if (PQgetisnull(r.get(), i, j))
+              righe.Nullo();
+            else
+              LeggiValore(p->daoTypes[j], p->tipi[j], PQgetvalue(r.get(), i, j), PQgetlength(r.get(), i, j), j,
+                          ricorrenti, righe);
+          }
+          righe.FineRiga();
+        }
       }
-      righe.FineRiga();
+    } catch (...) {
+      while (Risultato r = Tieni(PQgetResult(c_))) {
+      }
+      throw;
     }
+    if (errore) RaiseEngine(c_, errore.get(), testo);
+    protetta.Riuscita();
+    if (!campi) righe.Campi(p->fields, 0);
   }
 
   int Execute(const QString& testo, const QVariantList& valori) override {
