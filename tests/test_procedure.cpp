@@ -260,8 +260,8 @@ TEST(ApriRecordset, EveryKindOfValueReadsAsTheEngineGivesIt) {
 }
 
 // A statement that fails after its first rows were read leaves no recordset,
-// counts as a failure, and leaves the connection and the transaction
-// around it as they were. SQLite gives Null for a division by zero instead.
+// counts as a failure, and leaves the connection, and the transaction
+// around it if any, as they were. SQLite gives Null for a division by zero instead.
 TEST(ApriRecordset, AFailureAfterTheFirstRowsLeavesTheConnectionAsItWas) {
   TestDb t;
   Models(t);
@@ -281,6 +281,10 @@ TEST(ApriRecordset, AFailureAfterTheFirstRowsLeavesTheConnectionAsItWas) {
   }
   EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202400001").toString(), "Dentro");
   t.db->CommitTrans();
+  EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202400001").toString(), "Dentro");
+  // Outside a transaction too, and the connection answers the next query.
+  ApriRecordset(rs, testo, nullptr, dbOpenSnapshot);
+  EXPECT_EQ(static_cast<bool>(rs), t.db->engine() != Engine::PostgreSQL);
   EXPECT_EQ(t.Scalar("SELECT DProject FROM Projects WHERE CProject=202400001").toString(), "Dentro");
   EXPECT_EQ(t.Scalar("SELECT Count(*) FROM Projects").toInt(),
             static_cast<int>(t.db->Select(Sql("SELECT CProject FROM Projects")).rows.size()));
