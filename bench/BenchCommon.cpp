@@ -176,6 +176,11 @@ std::unique_ptr<Nudo> Nudo::Di(Database& db) {
   return std::make_unique<NudoSqlite>(*static_cast<sqlite3* const*>(handle.data()));
 }
 
+std::pair<QDateTime, QDateTime> PeriodoModelli(Database& db) {
+  const auto periodo = db.Select(Sql("SELECT Min(DtIni), Max(DtIni) FROM Projects")).rows.front();
+  return {QDateTime(CDate(periodo[0]).date(), QTime(0, 0)), QDateTime(CDate(periodo[1]).date(), QTime(0, 0))};
+}
+
 // Runs both sides kGiri times, alternating, and prints the medians.
 QString TestoRegistro(const QDateTime& dal, const QDateTime& al) {
   return QStringLiteral(

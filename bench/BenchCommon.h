@@ -6,6 +6,7 @@
 #include <QString>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "Database.h"
 
@@ -40,6 +41,8 @@ class Nudo {
 // The register's query over a period, in the system's SQL as the loader
 // writes it (each engine reads it through Database::Adapt).
 QString TestoRegistro(const QDateTime& dal, const QDateTime& al);
+// The first and the last day of the models' dates, at midnight.
+std::pair<QDateTime, QDateTime> PeriodoModelli(Database& db);
 
 // Messages answer at once with their default, so that nothing waits for a user.
 void SenzaMessaggi();

@@ -12,6 +12,7 @@
 #include <cstdio>
 
 #include "BenchCommon.h"
+#include "Registro.h"
 #include "ListView.h"
 #include "ModPrestKT.h"
 #include "OCPrestKT.h"
@@ -38,18 +39,11 @@ int main(int argc, char** argv) {
   QString cartella;
   DatabasePtr db = bench::ApriDbGrande(argc, argv, &cartella);
   if (!db) return 1;
-  const auto periodo = db->Select(Sql("SELECT Min(DtIni), Max(DtIni) FROM Projects")).rows.front();
-  const QDateTime dal(CDate(periodo[0]).date(), QTime(0, 0));
-  const QDateTime al(CDate(periodo[1]).date(), QTime(0, 0));
+  const auto [dal, al] = bench::PeriodoModelli(*db);
   gPathDB = cartella + QLatin1Char('/');
 
   OCPrestKT ctl;
-  ctl.resize(1280, 720);
-  ctl.show();
-  ctl.Initialize();
-  ctl.SetStatus(-1);
-  ctl.SetDtIni(dal);
-  ctl.DBConn(db, 1, QIcon(), cartella + QStringLiteral("/docs"), 1);
+  bench::ApriRegistro(ctl, db, cartella, dal);
   QApplication::processEvents();
   const qint64 prima = Stato("VmRSS:");
   // Setting the end of the period loads the models and fills the list.

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <tuple>
 #include <vector>
 
 #include "Database.h"
@@ -33,9 +34,7 @@ int main(int argc, char** argv) {
   gPathDB = QDir::toNativeSeparators(cartella) + QDir::separator();
   gStatus = -1;
   // The period of the data, whatever day it was made.
-  const auto periodo = db->Select(Sql("SELECT Min(DtIni), Max(DtIni) FROM Projects")).rows.front();
-  gDtIni = QDateTime(CDate(periodo[0]).date(), QTime(0, 0));
-  gDTEnd = QDateTime(CDate(periodo[1]).date(), QTime(0, 0));
+  std::tie(gDtIni, gDTEnd) = bench::PeriodoModelli(*db);
 
   // The register: the text the loader runs, over the whole period, all states.
   const QString registro = db->Adapt(bench::TestoRegistro(gDtIni, gDTEnd));

@@ -7,6 +7,7 @@
 #include <QLineEdit>
 
 #include "BenchCommon.h"
+#include "Registro.h"
 #include "ListView.h"
 #include "ModPrestKT.h"
 #include "OCPrestKT.h"
@@ -21,21 +22,14 @@ int main(int argc, char** argv) {
   DatabasePtr db = bench::ApriDbGrande(argc, argv, &cartella);
   if (!db) return 1;
   const auto nudo = bench::Nudo::Di(*db);
-  const auto periodo = db->Select(Sql("SELECT Min(DtIni), Max(DtIni) FROM Projects")).rows.front();
-  const QDateTime dal(CDate(periodo[0]).date(), QTime(0, 0));
-  const QDateTime al(CDate(periodo[1]).date(), QTime(0, 0));
+  const auto [dal, al] = bench::PeriodoModelli(*db);
   gPathDB = cartella + QLatin1Char('/');
   // The register's text as the system writes it; each engine reads it adapted.
   const QString registroSistema = bench::TestoRegistro(dal, al);
   const QString registro = db->Adapt(registroSistema);
 
   OCPrestKT ctl;
-  ctl.resize(1280, 720);
-  ctl.show();
-  ctl.Initialize();
-  ctl.SetStatus(-1);
-  ctl.SetDtIni(dal);
-  ctl.DBConn(db, 1, QIcon(), cartella + QStringLiteral("/docs"), 1);
+  bench::ApriRegistro(ctl, db, cartella, dal);
   auto* list = ctl.findChild<ListView*>(QStringLiteral("ListView1"));
   auto* find = ctl.findChild<QLineEdit*>(QStringLiteral("TBFind"));
 
